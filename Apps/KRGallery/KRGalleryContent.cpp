@@ -1,0 +1,395 @@
+#include "KRGalleryContent.h"
+
+#include "Animation/EZInterpolationFunctions.h"
+#include "Controls/KRButtonView.h"
+#include "Controls/KRDefaults.h"
+#include "Controls/KRImage.h"
+#include "Foundation/KRRunLoop.h"
+#include "Views/KREvent.h"
+
+#include <QPainter>
+#include <QPainterPath>
+
+#include <cmath>
+#include <functional>
+#include <numbers>
+#include <utility>
+#include <vector>
+
+namespace {
+
+constexpr double kContentWidth = 880.0;
+constexpr double kMargin = 32.0;
+constexpr double kLegDuration = 1.2;
+
+const QColor kPageColor(246, 246, 249);
+const QColor kInk(40, 40, 48);
+const QColor kSecondaryInk(120, 120, 132);
+const QColor kAccent(46, 120, 235);
+const QColor kCoral(240, 96, 84);
+const QColor kMint(60, 190, 150);
+const QColor kTileBorder(222, 222, 230);
+
+// --- Template images, drawn in code at 1x and 2x -------------------------------------------------------
+
+enum class Glyph { StarOutline, StarFilled, Check };
+
+QPainterPath starPath(double size) {
+    QPainterPath path;
+    const double centre = size / 2.0;
+    const double outer = size * 0.46;
+    const double inner = outer * 0.45;
+    for (int i = 0; i < 10; ++i) {
+        const double radius = (i % 2 == 0) ? outer : inner;
+        const double angle = -std::numbers::pi / 2.0 + i * std::numbers::pi / 5.0;
+        const QPointF point(centre + radius * std::cos(angle), centre + radius * std::sin(angle));
+        if (i == 0) {
+            path.moveTo(point);
+        } else {
+            path.lineTo(point);
+        }
+    }
+    path.closeSubpath();
+    return path;
+}
+
+QImage drawGlyph(Glyph glyph, double points, double scale) {
+    const int pixels = static_cast<int>(std::lround(points * scale));
+    QImage image(pixels, pixels, QImage::Format_ARGB32_Premultiplied);
+    image.fill(Qt::transparent);
+    QPainter painter(&image);
+    painter.setRenderHint(QPainter::Antialiasing);
+    painter.scale(scale, scale);
+    // Only the alpha channel of a template image counts.
+    const QColor ink = Qt::black;
+    switch (glyph) {
+    case Glyph::StarOutline:
+        painter.setPen(QPen(ink, 2.0, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+        painter.drawPath(starPath(points));
+        break;
+    case Glyph::StarFilled:
+        painter.setPen(Qt::NoPen);
+        painter.setBrush(ink);
+        painter.drawPath(starPath(points));
+        break;
+    case Glyph::Check: {
+        painter.setPen(QPen(ink, 2.0));
+        painter.drawEllipse(QRectF(2, 2, points - 4, points - 4));
+        QPainterPath tick;
+        tick.moveTo(points * 0.3, points * 0.52);
+        tick.lineTo(points * 0.45, points * 0.66);
+        tick.lineTo(points * 0.72, points * 0.36);
+        painter.setPen(QPen(ink, 2.4, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
+        painter.drawPath(tick);
+        break;
+    }
+    }
+    return image;
+}
+
+std::shared_ptr<KRImage> templateImage(Glyph glyph) {
+    constexpr double points = 28.0;
+    return KRImage::imageWithRepresentations(
+        {{drawGlyph(glyph, points, 1.0), 1.0}, {drawGlyph(glyph, points, 2.0), 2.0}}, true);
+}
+
+// --- Building blocks -----------------------------------------------------------------------------------
+
+std::shared_ptr<KRView> makeBox(KRRect frame, const QColor& color, double cornerRadius = 0.0) {
+    auto view = std::make_shared<KRView>(frame);
+    view->setBackgroundColor(color);
+    view->setCornerRadius(cornerRadius);
+    return view;
+}
+
+std::shared_ptr<KRGalleryLabel> addLabel(KRView& parent, KRRect frame, const QString& text,
+                                         double size = 12.0, const QColor& color = kSecondaryInk,
+                                         Qt::Alignment alignment = Qt::AlignLeft | Qt::AlignVCenter) {
+    auto label = std::make_shared<KRGalleryLabel>(frame, text, size, color, alignment);
+    parent.addSubview(label);
+    return label;
+}
+
+double addSectionTitle(KRView& root, double y, const QString& title, const QString& subtitle) {
+    auto heading = addLabel(root, KRRectMake(kMargin, y, 600, 24), title, 17.0, kInk);
+    heading->setBold(true);
+    addLabel(root, KRRectMake(kMargin, y + 24, 760, 18), subtitle, 12.0);
+    return y + 54;
+}
+
+// A white tile holding one button, captioned below.
+std::shared_ptr<KRButtonView> addButtonTile(KRView& root, double x, double y, const QString& caption) {
+    auto tile = makeBox(KRRectMake(x, y, 84, 84), Qt::white, 14);
+    tile->setBorderColor(kTileBorder);
+    tile->setBorderWidth(1);
+    root.addSubview(tile);
+
+    auto button = std::make_shared<KRButtonView>(KRRectMake(10, 10, 64, 64));
+    button->setImage(templateImage(Glyph::StarOutline));
+    button->setPressedImage(templateImage(Glyph::StarFilled));
+    button->setImageColor(kInk);
+    button->setIgnoresImageAlpha(false);
+    button->setImageAlpha(0.55);
+    button->setImageAlphaWhenHovered(0.8);
+    button->setImageAlphaWhenPressed(1.0);
+    button->setImageAlphaWhenHighlighted(1.0);
+    button->setOuterScaleOnPress(0.85);
+    tile->addSubview(button);
+
+    addLabel(root, KRRectMake(x - 8, y + 90, 100, 18), caption, 12.0, kSecondaryInk, Qt::AlignCenter);
+    return button;
+}
+
+double addButtons(KRView& root, double y) {
+    y = addSectionTitle(
+        root, y, QStringLiteral("Buttons"),
+        QStringLiteral("KRButtonView in each state, with template images drawn in code and tinted."));
+    const double step = 108.0;
+    double x = kMargin;
+
+    addButtonTile(root, x, y, QStringLiteral("Normal"));
+    x += step;
+
+    auto hovered = addButtonTile(root, x, y, QStringLiteral("Hovered"));
+    hovered->mouseEntered(
+        KREvent::trackingEvent(KREventType::MouseEntered, KRPointMake(32, 32), nullptr, 0, nullptr));
+    x += step;
+
+    auto pressed = addButtonTile(root, x, y, QStringLiteral("Pressed"));
+    const KRPoint pressPoint = pressed->convertPointToView(KRPointMake(32, 32), nullptr);
+    pressed->mouseDown(KREvent::mouseEvent(KREventType::LeftMouseDown, pressPoint, 0, nullptr));
+    x += step;
+
+    auto highlighted = addButtonTile(root, x, y, QStringLiteral("Highlighted"));
+    highlighted->setImageColor(kAccent);
+    highlighted->setHighlighted(true);
+    x += step;
+
+    auto disabled = addButtonTile(root, x, y, QStringLiteral("Disabled"));
+    disabled->setEnabled(false);
+    disabled->setAlphaValue(0.35);
+    x += step;
+
+    auto tinted = addButtonTile(root, x, y, QStringLiteral("Tinted"));
+    tinted->setImage(templateImage(Glyph::Check));
+    tinted->setImageColor(kMint);
+    tinted->setImageAlpha(1.0);
+    x += step;
+
+    auto coral = addButtonTile(root, x, y, QStringLiteral("Tinted (coral)"));
+    coral->setImage(templateImage(Glyph::StarFilled));
+    coral->setImageColor(kCoral);
+    coral->setImageAlpha(1.0);
+
+    return y + 130;
+}
+
+// Moves the square across its track and back forever: the frame on a spring, the colour ease-in-out.
+void runSquareLeg(const std::weak_ptr<KRView>& weakSquare, bool forward) {
+    const std::shared_ptr<KRView> square = weakSquare.lock();
+    if (!square) {
+        return;
+    }
+    KRView::performAnimated(
+        true,
+        [&](EZAnimationContext& context) {
+            context.setInterpolationFunction(EZInterpolationFunctions::easeInOutWithDuration(kLegDuration));
+            context.setInterpolationFunctionForKey(
+                QStringLiteral("frameOrigin"),
+                EZInterpolationFunctions::springWithDampingRatio(0.55, kLegDuration));
+            square->setFrameOrigin(KRPointMake(forward ? 340.0 : 14.0, square->frame().origin.y));
+            square->setBackgroundColor(forward ? kCoral : kAccent);
+            square->setCornerRadius(forward ? 24.0 : 10.0);
+        },
+        [weakSquare, forward] {
+            // Restarts on a later turn, outside the engine's tick that ran this completion.
+            KRRunLoop::main().performAfterDelay(
+                0.0, [weakSquare, forward] { runSquareLeg(weakSquare, !forward); });
+        });
+}
+
+// Shrinks and fades a dot and brings it back, forever.
+void runPulse(const std::weak_ptr<KRView>& weakDot, bool shrink) {
+    const std::shared_ptr<KRView> dot = weakDot.lock();
+    if (!dot) {
+        return;
+    }
+    KRView::performAnimated(
+        true,
+        [&](EZAnimationContext& context) {
+            context.setInterpolationFunction(EZInterpolationFunctions::easeInOutWithDuration(kLegDuration));
+            dot->setScale(shrink ? 0.55 : 1.0);
+            dot->setAlphaValue(shrink ? 0.35 : 1.0);
+        },
+        [weakDot, shrink] {
+            KRRunLoop::main().performAfterDelay(0.0, [weakDot, shrink] { runPulse(weakDot, !shrink); });
+        });
+}
+
+double addAnimations(KRView& root, double y) {
+    y = addSectionTitle(
+        root, y, QStringLiteral("Animation"),
+        QStringLiteral(
+            "performAnimated: frame on a spring, colour and scale ease-in-out, restarted in completions."));
+    auto track = makeBox(KRRectMake(kMargin, y, 420, 76), Qt::white, 16);
+    track->setBorderColor(kTileBorder);
+    track->setBorderWidth(1);
+    root.addSubview(track);
+    auto square = makeBox(KRRectMake(14, 12, 52, 52), kAccent, 10);
+    track->addSubview(square);
+    runSquareLeg(square, true);
+
+    auto pulseTile = makeBox(KRRectMake(kMargin + 450, y, 76, 76), Qt::white, 16);
+    pulseTile->setBorderColor(kTileBorder);
+    pulseTile->setBorderWidth(1);
+    root.addSubview(pulseTile);
+    auto dot = makeBox(KRRectMake(14, 14, 48, 48), kMint, 24);
+    pulseTile->addSubview(dot);
+    runPulse(dot, true);
+
+    addLabel(root, KRRectMake(kMargin, y + 82, 420, 18),
+             QStringLiteral("Spring (damping 0.55) + ease-in-out colour"));
+    addLabel(root, KRRectMake(kMargin + 430, y + 82, 120, 18), QStringLiteral("Scale + alpha"), 12.0,
+             kSecondaryInk, Qt::AlignCenter);
+    return y + 120;
+}
+
+double addLayerLooks(KRView& root, double y) {
+    y = addSectionTitle(
+        root, y, QStringLiteral("Layer looks"),
+        QStringLiteral("Drop shadow behind a rounded card, borders drawn on top of content."));
+    auto card = makeBox(KRRectMake(kMargin + 8, y + 4, 250, 132), Qt::white, 14);
+    card->setShadowOpacity(0.22);
+    card->setShadowRadius(12);
+    card->setShadowOffset(KRSizeMake(0, 8));
+    root.addSubview(card);
+    auto title = addLabel(*card, KRRectMake(18, 16, 214, 22), QStringLiteral("Rounded card"), 15.0, kInk);
+    title->setBold(true);
+    addLabel(*card, KRRectMake(18, 40, 214, 18), QStringLiteral("cornerRadius 14, shadowRadius 12"));
+    addLabel(*card, KRRectMake(18, 58, 214, 18), QStringLiteral("shadowOffset {0, 8}, opacity 0.22"));
+    auto chip = makeBox(KRRectMake(18, 90, 92, 26), kAccent, 13);
+    card->addSubview(chip);
+    addLabel(*chip, KRRectMake(0, 0, 92, 26), QStringLiteral("Action"), 12.0, Qt::white, Qt::AlignCenter);
+
+    auto bordered = makeBox(KRRectMake(kMargin + 300, y + 4, 132, 132), QColor(232, 240, 253), 28);
+    bordered->setBorderColor(kAccent);
+    bordered->setBorderWidth(3);
+    bordered->setMasksToBounds(true);
+    root.addSubview(bordered);
+    // The border stays on top of the subview that runs under it.
+    bordered->addSubview(makeBox(KRRectMake(-10, 80, 152, 60), QColor(46, 120, 235, 110)));
+    addLabel(*bordered, KRRectMake(0, 20, 132, 40), QStringLiteral("Border\non top"), 13.0, kInk,
+             Qt::AlignCenter);
+
+    auto softShadow = makeBox(KRRectMake(kMargin + 480, y + 4, 132, 132), kCoral, 66);
+    softShadow->setShadowOpacity(0.45);
+    softShadow->setShadowRadius(6);
+    softShadow->setShadowOffset(KRSizeMake(6, 10));
+    softShadow->setShadowColor(QColor(150, 30, 20));
+    root.addSubview(softShadow);
+    addLabel(*softShadow, KRRectMake(0, 46, 132, 40), QStringLiteral("Tinted\nshadow"), 13.0, Qt::white,
+             Qt::AlignCenter);
+    return y + 168;
+}
+
+std::shared_ptr<KRView> makeOverlapGroup(KRView& root, double x, double y, double groupAlpha,
+                                         double childAlpha, const QString& caption) {
+    auto group = std::make_shared<KRView>(KRRectMake(x, y, 180, 110));
+    group->setAlphaValue(groupAlpha);
+    root.addSubview(group);
+    auto red = makeBox(KRRectMake(0, 0, 110, 80), kCoral, 12);
+    red->setAlphaValue(childAlpha);
+    auto blue = makeBox(KRRectMake(60, 30, 110, 80), kAccent, 12);
+    blue->setAlphaValue(childAlpha);
+    group->addSubview(red);
+    group->addSubview(blue);
+    addLabel(root, KRRectMake(x, y + 118, 200, 18), caption);
+    return group;
+}
+
+double addSubtreeAlpha(KRView& root, double y) {
+    y = addSectionTitle(
+        root, y, QStringLiteral("Subtree alpha"),
+        QStringLiteral("A view's alpha fades its whole subtree as one layer: overlaps do not darken."));
+    makeOverlapGroup(root, kMargin, y, 1.0, 1.0, QStringLiteral("alpha 1"));
+    makeOverlapGroup(root, kMargin + 240, y, 0.5, 1.0, QStringLiteral("parent alpha 0.5 (one layer)"));
+    makeOverlapGroup(root, kMargin + 480, y, 1.0, 0.5, QStringLiteral("each child alpha 0.5"));
+    return y + 150;
+}
+
+std::shared_ptr<KRView> makeClipExample(KRView& root, double x, double y, bool masks,
+                                        const QString& caption) {
+    auto frame = makeBox(KRRectMake(x, y + 20, 160, 110), QColor(226, 230, 240), 18);
+    frame->setMasksToBounds(masks);
+    root.addSubview(frame);
+    frame->addSubview(makeBox(KRRectMake(90, -20, 100, 100), kMint, 50));
+    frame->addSubview(makeBox(KRRectMake(-16, 70, 80, 60), kCoral, 10));
+    addLabel(root, KRRectMake(x, y + 146, 220, 18), caption);
+    return frame;
+}
+
+double addClipping(KRView& root, double y) {
+    y = addSectionTitle(
+        root, y, QStringLiteral("Clipping"),
+        QStringLiteral("masksToBounds clips subviews to the rounded bounds; without it they spill out."));
+    makeClipExample(root, kMargin + 10, y, true, QStringLiteral("masksToBounds = true"));
+    makeClipExample(root, kMargin + 280, y, false, QStringLiteral("masksToBounds = false"));
+
+    // Bounds origin scrolls the content of a clipping view.
+    auto scroller = makeBox(KRRectMake(kMargin + 560, y + 20, 160, 110), Qt::white, 12);
+    scroller->setBorderColor(kTileBorder);
+    scroller->setBorderWidth(1);
+    scroller->setMasksToBounds(true);
+    root.addSubview(scroller);
+    for (int row = 0; row < 8; ++row) {
+        auto line = makeBox(KRRectMake(10, 8 + row * 26, 140, 20),
+                            row % 2 ? QColor(232, 240, 253) : QColor(253, 236, 234), 6);
+        addLabel(*line, KRRectMake(8, 0, 124, 20), QStringLiteral("Row %1").arg(row + 1), 11.0, kInk);
+        scroller->addSubview(line);
+    }
+    scroller->setBoundsOrigin(KRPointMake(0, 40));
+    addLabel(root, KRRectMake(kMargin + 560, y + 146, 220, 18), QStringLiteral("bounds origin {0, 40}"));
+    return y + 180;
+}
+
+} // namespace
+
+KRGalleryLabel::KRGalleryLabel(KRRect frame, QString text, double pointSize, QColor color,
+                               Qt::Alignment alignment)
+    : KRView(frame), m_text(std::move(text)), m_font(KRDefaults::regularFontOfSize(pointSize)),
+      m_color(color), m_alignment(alignment) {
+    setIgnoresMouseEvents(true);
+}
+
+void KRGalleryLabel::setText(const QString& text) {
+    m_text = text;
+    setNeedsDisplay();
+}
+
+void KRGalleryLabel::setBold(bool bold) {
+    m_font.setBold(bold);
+    setNeedsDisplay();
+}
+
+void KRGalleryLabel::draw(QPainter& painter, KRRect) {
+    painter.setFont(m_font);
+    painter.setPen(m_color);
+    painter.drawText(KRToQRectF(bounds()), static_cast<int>(m_alignment), m_text);
+}
+
+KRGalleryContent KRMakeGalleryContent() {
+    auto root = std::make_shared<KRView>(KRRectMake(0, 0, kContentWidth, 100));
+    root->setBackgroundColor(kPageColor);
+
+    auto title =
+        addLabel(*root, KRRectMake(kMargin, 22, 600, 32), QStringLiteral("KRAppKit Gallery"), 24.0, kInk);
+    title->setBold(true);
+    double y = 76.0;
+    y = addButtons(*root, y);
+    y = addAnimations(*root, y);
+    y = addLayerLooks(*root, y);
+    y = addSubtreeAlpha(*root, y);
+    y = addClipping(*root, y);
+    root->setFrameSize(KRSizeMake(kContentWidth, y + kMargin));
+    return KRGalleryContent{root, kLegDuration};
+}

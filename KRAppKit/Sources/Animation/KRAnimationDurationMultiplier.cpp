@@ -1,0 +1,3 @@
+#include "Animation/KRAnimationDurationMultiplier.h"
+
+double KRAnimationDurationMultiplier = 1.0;

@@ -1,0 +1,472 @@
+#include "Controls/KRButtonView.h"
+
+#include "Animation/KRAnimationEngine.h"
+#include "Animation/KRAnimationTransaction.h"
+#include "Controls/KRImage.h"
+#include "Foundation/KRClock.h"
+#include "Views/KREvent.h"
+#include "Views/KRTrackingArea.h"
+
+#include <QPainter>
+
+#include <algorithm>
+
+namespace {
+// The key the image-mode scale animation reads its curve under (a block may set one per key).
+constexpr const char* kImageScaleKey = "scale";
+} // namespace
+
+// Delegate defaults ----------------------------------------------------------------------------------------
+
+bool KRButtonViewDelegate::buttonViewMouseDown(KRButtonView*, const KREvent&) {
+    return false;
+}
+bool KRButtonViewDelegate::buttonViewMouseDragged(KRButtonView*, const KREvent&) {
+    return false;
+}
+bool KRButtonViewDelegate::buttonViewMouseUp(KRButtonView*, const KREvent&) {
+    return false;
+}
+bool KRButtonViewDelegate::buttonViewValidatePressed(KRButtonView*, bool proposedPressed) {
+    return proposedPressed;
+}
+bool KRButtonViewDelegate::buttonViewValidateCanBecomeKeyView(KRButtonView*, bool proposedCanBecomeKeyView) {
+    return proposedCanBecomeKeyView;
+}
+
+// Lifetime -------------------------------------------------------------------------------------------------
+
+KRButtonView::KRButtonView(KRRect frame) : KRView(frame) {
+    rebuildTrackingArea();
+}
+
+// The image-scale animation registers the button itself, so make sure the engine forgets it.
+KRButtonView::~KRButtonView() {
+    KRAnimationEngine::shared().removeAnimatingObject(this);
+}
+
+// Looks ----------------------------------------------------------------------------------------------------
+
+void KRButtonView::noteLookChanged() {
+    if (m_updateDepth > 0) {
+        m_needsDisplayAfterUpdates = true;
+        return;
+    }
+    setNeedsDisplay();
+}
+
+void KRButtonView::beginUpdates() {
+    ++m_updateDepth;
+}
+
+void KRButtonView::endUpdates() {
+    if (m_updateDepth == 0) {
+        return;
+    }
+    if (--m_updateDepth == 0 && m_needsDisplayAfterUpdates) {
+        m_needsDisplayAfterUpdates = false;
+        setNeedsDisplay();
+    }
+}
+
+void KRButtonView::setImage(std::shared_ptr<KRImage> image) {
+    m_image = std::move(image);
+    noteLookChanged();
+}
+
+void KRButtonView::setPressedImage(std::shared_ptr<KRImage> image) {
+    m_pressedImage = std::move(image);
+    noteLookChanged();
+}
+
+void KRButtonView::setImageColor(const QColor& color) {
+    m_imageColor = color;
+    noteLookChanged();
+}
+
+void KRButtonView::setEdgeInsets(KREdgeInsets insets) {
+    m_edgeInsets = insets;
+    noteLookChanged();
+}
+
+void KRButtonView::setImageAlpha(double alpha) {
+    m_imageAlpha = alpha;
+    noteLookChanged();
+}
+
+void KRButtonView::setImageAlphaWhenPressed(std::optional<double> alpha) {
+    m_imageAlphaWhenPressed = alpha;
+    noteLookChanged();
+}
+
+void KRButtonView::setImageAlphaWhenHovered(std::optional<double> alpha) {
+    m_imageAlphaWhenHovered = alpha;
+    noteLookChanged();
+}
+
+void KRButtonView::setImageAlphaWhenHighlighted(std::optional<double> alpha) {
+    m_imageAlphaWhenHighlighted = alpha;
+    noteLookChanged();
+}
+
+void KRButtonView::setIgnoresImageAlpha(bool ignores) {
+    m_ignoresImageAlpha = ignores;
+    noteLookChanged();
+}
+
+void KRButtonView::setOuterScaleOnPress(double scale) {
+    m_outerScaleOnPress = scale;
+    if (m_pressed) {
+        applyPressScale();
+    }
+    noteLookChanged();
+}
+
+void KRButtonView::setOuterScaleOnPressMode(int mode) {
+    if (mode == m_outerScaleOnPressMode) {
+        return;
+    }
+    // Leaves no scale behind in the mode being left.
+    if (m_outerScaleOnPressMode == OuterScaleOnPressModeButton) {
+        KRView::performWithoutAnimation([this] { setScale(1.0); });
+    } else {
+        m_imageScale = 1.0;
+        m_imageScaleAnimation.reset();
+    }
+    m_outerScaleOnPressMode = mode;
+    if (m_pressed) {
+        applyPressScale();
+    }
+    noteLookChanged();
+}
+
+void KRButtonView::setOuterScaleAnimationFunction(EZSampledFunctionRef function) {
+    m_outerScaleAnimationFunction = std::move(function);
+    noteLookChanged();
+}
+
+double KRButtonView::currentImageAlpha() const {
+    if (m_ignoresImageAlpha) {
+        return 1.0;
+    }
+    if (m_pressed) {
+        return m_imageAlphaWhenPressed.value_or(m_imageAlpha);
+    }
+    if (m_highlighted) {
+        return m_imageAlphaWhenHighlighted.value_or(m_imageAlpha);
+    }
+    if (m_hovered) {
+        return m_imageAlphaWhenHovered.value_or(m_imageAlpha);
+    }
+    return m_imageAlpha;
+}
+
+std::shared_ptr<KRImage> KRButtonView::currentImage() const {
+    if (m_pressed && m_pressedImage) {
+        return m_pressedImage;
+    }
+    return m_image;
+}
+
+double KRButtonView::currentImageScale() const {
+    if (!m_imageScaleAnimation) {
+        return m_imageScale;
+    }
+    const ImageScaleAnimation& animation = *m_imageScaleAnimation;
+    const double progress = animation.function->valueAtTime(KRClock::now() - animation.beginTime);
+    return animation.from + (m_imageScale - animation.from) * progress;
+}
+
+// State ----------------------------------------------------------------------------------------------------
+
+void KRButtonView::setHighlighted(bool highlighted) {
+    if (highlighted == m_highlighted) {
+        return;
+    }
+    m_highlighted = highlighted;
+    noteLookChanged();
+}
+
+void KRButtonView::setEnabled(bool enabled) {
+    if (enabled == m_enabled) {
+        return;
+    }
+    m_enabled = enabled;
+    if (!enabled) {
+        m_trackingMouse = false;
+        m_delegateConsumedClick = false;
+        setPressedState(false);
+    }
+    noteLookChanged();
+}
+
+void KRButtonView::revalidatePressed() {
+    if (m_trackingMouse) {
+        return; // the click in progress decides
+    }
+    setPressedState(validatePressed(false));
+}
+
+bool KRButtonView::validatePressed(bool proposed) {
+    KRButtonViewDelegate* delegate = this->delegate();
+    return delegate ? delegate->buttonViewValidatePressed(this, proposed) : proposed;
+}
+
+void KRButtonView::setPressedState(bool pressed) {
+    if (pressed == m_pressed) {
+        return;
+    }
+    m_pressed = pressed;
+    if (pressed) {
+        applyPressScale();
+    } else {
+        restoreScaleAnimated();
+    }
+    noteLookChanged();
+}
+
+void KRButtonView::applyPressScale() {
+    if (m_outerScaleOnPressMode == OuterScaleOnPressModeButton) {
+        KRView::performWithoutAnimation([this] { setScale(m_outerScaleOnPress); });
+        return;
+    }
+    m_imageScaleAnimation.reset();
+    m_imageScale = m_outerScaleOnPress;
+}
+
+void KRButtonView::restoreScaleAnimated() {
+    KRView::performAnimated(true, [this](EZAnimationContext& context) {
+        if (m_outerScaleAnimationFunction) {
+            context.setInterpolationFunction(m_outerScaleAnimationFunction);
+        }
+        if (m_outerScaleOnPressMode == OuterScaleOnPressModeButton) {
+            setScale(1.0);
+            return;
+        }
+        // Image mode animates on the button's own clock, along the block's curve for the scale.
+        const double from = currentImageScale();
+        m_imageScale = 1.0;
+        m_imageScaleAnimation.reset();
+        EZSampledFunctionRef function = KRAnimationTransaction::functionForKey(kImageScaleKey);
+        if (!function || from == 1.0) {
+            return;
+        }
+        m_imageScaleAnimation = ImageScaleAnimation{from, KRClock::now(), std::move(function)};
+        KRAnimationEngine::shared().addAnimatingObject(this);
+    });
+}
+
+bool KRButtonView::advanceAnimationsToTime(double now) {
+    bool running = KRView::advanceAnimationsToTime(now);
+    if (m_imageScaleAnimation) {
+        setNeedsDisplay();
+        if (now - m_imageScaleAnimation->beginTime >= m_imageScaleAnimation->function->duration()) {
+            m_imageScaleAnimation.reset();
+        } else {
+            running = true;
+        }
+    }
+    return running;
+}
+
+// Action ---------------------------------------------------------------------------------------------------
+
+void KRButtonView::performClick() {
+    sendAction();
+}
+
+void KRButtonView::sendAction() {
+    // The action may remove the button from its superview; keep it alive until we are done.
+    const std::shared_ptr<KRView> keepAlive = sharedFromSuperview();
+    if (KRObject* target = m_target.get(); target && !m_action.isNull()) {
+        target->tryToPerform(m_action, this);
+    }
+    if (onAction) {
+        const std::function<void(KRButtonView&)> callback = onAction;
+        callback(*this);
+    }
+}
+
+// Delegate -------------------------------------------------------------------------------------------------
+
+void KRButtonView::setDelegate(KRButtonViewDelegate* delegate, const KRObject* lifetimeOwner) {
+    m_delegate = delegate;
+    m_delegateLifetime.reset(delegate ? lifetimeOwner : nullptr);
+    m_delegateHasLifetime = delegate && lifetimeOwner;
+}
+
+KRButtonViewDelegate* KRButtonView::delegate() const {
+    if (!m_delegate) {
+        return nullptr;
+    }
+    if (m_delegateHasLifetime && !m_delegateLifetime) {
+        return nullptr;
+    }
+    return m_delegate;
+}
+
+// Layout and drawing ---------------------------------------------------------------------------------------
+
+KRSize KRButtonView::sizeThatFits(KRSize size) const {
+    return sizeThatFitsEdgeInsets(size, m_edgeInsets);
+}
+
+KRSize KRButtonView::sizeThatFitsEdgeInsets(KRSize, KREdgeInsets insets) const {
+    const KRSize imageSize = m_image ? m_image->size() : KRSizeZero;
+    return KRSize{imageSize.width + insets.left + insets.right,
+                  imageSize.height + insets.top + insets.bottom};
+}
+
+void KRButtonView::draw(QPainter& painter, KRRect) {
+    const std::shared_ptr<KRImage> image = currentImage();
+    if (!image) {
+        return;
+    }
+    const KRRect bounds = this->bounds();
+    const double contentX = bounds.origin.x + m_edgeInsets.left;
+    const double contentY = bounds.origin.y + m_edgeInsets.top;
+    const double contentWidth = bounds.size.width - m_edgeInsets.left - m_edgeInsets.right;
+    const double contentHeight = bounds.size.height - m_edgeInsets.top - m_edgeInsets.bottom;
+    const double midX = contentX + contentWidth / 2.0;
+    const double midY = contentY + contentHeight / 2.0;
+
+    const KRSize imageSize = image->size();
+    const double scale = m_outerScaleOnPressMode == OuterScaleOnPressModeImage ? currentImageScale() : 1.0;
+    const double width = imageSize.width * scale;
+    const double height = imageSize.height * scale;
+    double x = midX - width / 2.0;
+    double y = midY - height / 2.0;
+    if (scale == 1.0) {
+        // Whole points keep an unscaled bitmap sharp.
+        x = KRRound(x);
+        y = KRRound(y);
+    }
+    image->draw(painter, KRRectMake(x, y, width, height), currentImageAlpha(), m_imageColor);
+}
+
+bool KRButtonView::canBecomeKeyView() const {
+    const bool proposed = KRView::canBecomeKeyView();
+    KRButtonViewDelegate* delegate = this->delegate();
+    return delegate ? delegate->buttonViewValidateCanBecomeKeyView(const_cast<KRButtonView*>(this), proposed)
+                    : proposed;
+}
+
+bool KRButtonView::acceptsFirstMouse(const KREvent*) const {
+    return true;
+}
+
+// Tracking -------------------------------------------------------------------------------------------------
+
+void KRButtonView::rebuildTrackingArea() {
+    const KRRect rect = bounds();
+    if (m_trackingArea && m_trackingArea->rect() == rect) {
+        return;
+    }
+    if (m_trackingArea) {
+        removeTrackingArea(m_trackingArea.get());
+    }
+    m_trackingArea = std::make_shared<KRTrackingArea>(
+        rect, KRTrackingMouseEnteredAndExited | KRTrackingCursorUpdate | KRTrackingActiveAlways, this);
+    addTrackingArea(m_trackingArea);
+}
+
+void KRButtonView::updateTrackingAreas() {
+    KRView::updateTrackingAreas();
+    rebuildTrackingArea();
+}
+
+void KRButtonView::setFrameSize(KRSize size) {
+    KRView::setFrameSize(size);
+    rebuildTrackingArea();
+}
+
+void KRButtonView::viewDidMoveToWindow() {
+    KRView::viewDidMoveToWindow();
+    rebuildTrackingArea();
+    if (!window() && m_hovered) {
+        m_hovered = false;
+        noteLookChanged();
+    }
+}
+
+void KRButtonView::mouseEntered(const KREvent& event) {
+    if (event.trackingArea() && event.trackingArea() != m_trackingArea.get()) {
+        KRView::mouseEntered(event);
+        return;
+    }
+    if (!m_hovered) {
+        m_hovered = true;
+        noteLookChanged();
+    }
+}
+
+void KRButtonView::mouseExited(const KREvent& event) {
+    if (event.trackingArea() && event.trackingArea() != m_trackingArea.get()) {
+        KRView::mouseExited(event);
+        return;
+    }
+    if (m_hovered) {
+        m_hovered = false;
+        noteLookChanged();
+    }
+}
+
+void KRButtonView::cursorUpdate(const KREvent&) {
+    m_cursor.set();
+}
+
+// Mouse ----------------------------------------------------------------------------------------------------
+
+bool KRButtonView::isInside(const KREvent& event) const {
+    return KRRectContainsPoint(bounds(), event.locationInView(this));
+}
+
+void KRButtonView::mouseDown(const KREvent& event) {
+    m_trackingMouse = false;
+    m_delegateConsumedClick = false;
+    if (!m_enabled) {
+        return;
+    }
+    m_trackingMouse = true;
+    if (KRButtonViewDelegate* delegate = this->delegate();
+        delegate && delegate->buttonViewMouseDown(this, event)) {
+        m_delegateConsumedClick = true;
+        return;
+    }
+    setPressedState(validatePressed(true));
+}
+
+void KRButtonView::mouseDragged(const KREvent& event) {
+    if (!m_trackingMouse) {
+        return;
+    }
+    KRButtonViewDelegate* delegate = this->delegate();
+    if (delegate && delegate->buttonViewMouseDragged(this, event)) {
+        return;
+    }
+    if (m_delegateConsumedClick) {
+        return;
+    }
+    setPressedState(validatePressed(isInside(event)));
+}
+
+void KRButtonView::mouseUp(const KREvent& event) {
+    if (!m_trackingMouse) {
+        return;
+    }
+    m_trackingMouse = false;
+    const bool consumedClick = m_delegateConsumedClick;
+    m_delegateConsumedClick = false;
+    KRButtonViewDelegate* delegate = this->delegate();
+    const bool consumedUp = delegate && delegate->buttonViewMouseUp(this, event);
+    if (consumedClick) {
+        return;
+    }
+    const bool fire = !consumedUp && m_pressed && isInside(event);
+    // The press ends before the action runs, so the action sees the button at rest. A consumed up still
+    // ends the press: the button would otherwise stay pressed with no click left to release it.
+    setPressedState(validatePressed(false));
+    if (fire) {
+        sendAction();
+    }
+}

@@ -1,0 +1,68 @@
+#include "Controls/KRDefaults.h"
+
+#include <QFontDatabase>
+
+#include <algorithm>
+
+QFont KRDefaults::regularFontOfSize(double points) {
+    QFont font = QFontDatabase::systemFont(QFontDatabase::GeneralFont);
+    font.setPixelSize(std::max(1, qRound(points)));
+    font.setWeight(QFont::Normal);
+    font.setItalic(false);
+    return font;
+}
+
+QColor KRDefaults::skyflowerBlueColor() {
+    return QColor(0x3D, 0x8B, 0xF2);
+}
+QColor KRDefaults::taskSecondaryColor() {
+    return QColor(0x5E, 0x67, 0x7A);
+}
+QColor KRDefaults::taskDetailsPlaceholderColor() {
+    return QColor(0xB9, 0xBD, 0xC7);
+}
+QColor KRDefaults::manateeGrayColor() {
+    return QColor(0x96, 0x9B, 0xAB);
+}
+QColor KRDefaults::sharkBlackColor() {
+    return QColor(0x25, 0x27, 0x2C);
+}
+QColor KRDefaults::vantorBlue3Color() {
+    return QColor(0xD4, 0xE5, 0xFD);
+}
+QColor KRDefaults::vantorBlue8Color() {
+    return QColor(0x1A, 0x6D, 0xF0);
+}
+
+QColor KRDefaults::clearColor() {
+    return QColor(0, 0, 0, 0);
+}
+QColor KRDefaults::whiteColor() {
+    return QColor(255, 255, 255);
+}
+QColor KRDefaults::blackColor() {
+    return QColor(0, 0, 0);
+}
+
+QColor KRDefaults::colorWithWhite(double white, double alpha) {
+    const double w = std::clamp(white, 0.0, 1.0);
+    return QColor::fromRgbF(float(w), float(w), float(w), float(std::clamp(alpha, 0.0, 1.0)));
+}
+
+QColor KRDefaults::colorWithAlpha(const QColor& color, double alpha) {
+    QColor result = color;
+    result.setAlphaF(float(std::clamp(alpha, 0.0, 1.0)));
+    return result;
+}
+
+QColor KRDefaults::blendedColor(const QColor& base, double fraction, const QColor& other) {
+    if (!base.isValid() || !other.isValid()) {
+        return QColor();
+    }
+    const double f = std::clamp(fraction, 0.0, 1.0);
+    const QColor a = base.toRgb();
+    const QColor b = other.toRgb();
+    auto mix = [f](float x, float y) { return float(double(x) * (1.0 - f) + double(y) * f); };
+    return QColor::fromRgbF(mix(a.redF(), b.redF()), mix(a.greenF(), b.greenF()), mix(a.blueF(), b.blueF()),
+                            mix(a.alphaF(), b.alphaF()));
+}

@@ -1,0 +1,105 @@
+#pragma once
+
+#include "Foundation/KRSelector.h"
+
+#include <QVariant>
+
+#include <memory>
+#include <vector>
+
+class KRObject;
+
+// Options of an observation: which values the change record carries.
+enum KRKeyValueObservingOptions : unsigned {
+    KRKeyValueObservingOptionNone = 0,
+    KRKeyValueObservingOptionNew = 0x01,
+    KRKeyValueObservingOptionOld = 0x02,
+};
+
+// What an observer is told about one change of a key.
+struct KRKeyValueChange {
+    bool hasOld = false;
+    bool hasNew = false;
+    QVariant oldValue;
+    QVariant newValue;
+
+    // An observation registered without old and new values compares two absent values, which never count
+    // as equal: such a key reports a change on every assignment.
+    bool valuesDiffer() const { return !hasOld || !hasNew || oldValue != newValue; }
+};
+
+// Base of every toolkit object. It gives two services of the original runtime that C++ lacks:
+// weak references that can be formed from a constructor and to objects not owned by a shared_ptr,
+// and key-value observation of an object's own keys.
+class KRObject {
+public:
+    KRObject() = default;
+    KRObject(const KRObject&) = delete;
+    KRObject& operator=(const KRObject&) = delete;
+    virtual ~KRObject();
+
+    // Key-value observation. Observers run synchronously, in registration order, from the setter.
+    void addObserver(KRObject* observer, const char* keyPath, unsigned options, const void* context);
+    void removeObserver(KRObject* observer, const char* keyPath, const void* context);
+    bool hasObserversForKey(const char* keyPath) const;
+    std::size_t observationCount() const { return m_observations ? m_observations->size() : 0; }
+
+    virtual void observeValueForKeyPath(const char* keyPath, KRObject* object, const KRKeyValueChange& change,
+                                        const void* context);
+
+    // Performs a named action with a sender (target/action). Answers whether it was handled.
+    virtual bool tryToPerform(const KRSelector& action, KRObject* sender);
+    virtual bool respondsToSelector(const KRSelector& selector) const;
+
+    // The token that weak references watch; created on first use.
+    const std::shared_ptr<KRObject*>& lifetimeToken() const;
+
+protected:
+    // Stores value into field and reports the change to the observers of keyPath (only when there are any).
+    template <class T> void setValueNotifying(const char* keyPath, T& field, const T& value) {
+        if (!hasObserversForKey(keyPath)) {
+            field = value;
+            return;
+        }
+        const QVariant oldValue = QVariant::fromValue(field);
+        field = value;
+        didChangeValueForKey(keyPath, oldValue, QVariant::fromValue(field));
+    }
+    void didChangeValueForKey(const char* keyPath, const QVariant& oldValue, const QVariant& newValue);
+
+private:
+    struct Observation {
+        KRObject* observer;
+        const char* keyPath;
+        unsigned options;
+        const void* context;
+    };
+    std::unique_ptr<std::vector<Observation>> m_observations;
+    mutable std::shared_ptr<KRObject*> m_lifetimeToken;
+};
+
+// A non-owning reference that reads as null once its object is destroyed.
+template <class T> class KRWeak {
+public:
+    KRWeak() = default;
+    KRWeak(std::nullptr_t) {}
+    KRWeak(T* object) { reset(object); }
+    KRWeak(const std::shared_ptr<T>& object) { reset(object.get()); }
+
+    void reset(T* object = nullptr) {
+        m_object = object;
+        if (object) {
+            m_token = static_cast<const KRObject*>(object)->lifetimeToken();
+        } else {
+            m_token.reset();
+        }
+    }
+    T* get() const { return m_token.expired() ? nullptr : m_object; }
+    T* operator->() const { return get(); }
+    explicit operator bool() const { return get() != nullptr; }
+    friend bool operator==(const KRWeak& a, const T* b) { return a.get() == b; }
+
+private:
+    T* m_object = nullptr;
+    std::weak_ptr<KRObject*> m_token;
+};

@@ -1,0 +1,36 @@
+#pragma once
+
+#include "Foundation/KRObject.h"
+#include "Geometry/KRGeometry.h"
+
+#include <QVariantMap>
+
+class KRResponder;
+
+enum KRTrackingAreaOptions : unsigned {
+    KRTrackingMouseEnteredAndExited = 0x01,
+    KRTrackingMouseMoved = 0x02,
+    KRTrackingCursorUpdate = 0x04,
+    KRTrackingActiveWhenFirstResponder = 0x10,
+    KRTrackingActiveInKeyWindow = 0x20,
+    KRTrackingActiveInActiveApp = 0x40,
+    KRTrackingActiveAlways = 0x80,
+    KRTrackingInVisibleRect = 0x200,
+};
+
+// A region of a view (in the view's coordinates) that reports the pointer to its owner.
+class KRTrackingArea : public KRObject {
+public:
+    KRTrackingArea(KRRect rect, unsigned options, KRResponder* owner, QVariantMap userInfo = {});
+
+    KRRect rect() const { return m_rect; }
+    unsigned options() const { return m_options; }
+    KRResponder* owner() const { return m_owner.get(); }
+    const QVariantMap& userInfo() const { return m_userInfo; }
+
+private:
+    KRRect m_rect;
+    unsigned m_options;
+    KRWeak<KRResponder> m_owner;
+    QVariantMap m_userInfo;
+};

@@ -1,0 +1,697 @@
+#include "Views/KRView.h"
+
+#include "Animation/KRAnimationTransaction.h"
+#include "Foundation/KRClock.h"
+#include "Views/KRTrackingArea.h"
+#include "Views/KRWindow.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstring>
+
+namespace {
+
+const char* const KRFrameOriginKey = "frameOrigin";
+const char* const KRFrameSizeKey = "frameSize";
+const char* const KROpacityKey = "opacity";
+const char* const KRBackgroundColorKey = "backgroundColor";
+const char* const KRBorderColorKey = "borderColor";
+const char* const KRShadowOpacityKey = "shadowOpacity";
+const char* const KRScaleKey = "scale";
+
+bool sameColor(const QColor& a, const QColor& b) {
+    if (a.isValid() != b.isValid()) {
+        return false;
+    }
+    return !a.isValid() || a.rgba64() == b.rgba64();
+}
+
+KRPoint offsetIntoChild(KRPoint point, const KRView& child) {
+    const KRRect frame = child.frame();
+    const KRRect bounds = child.bounds();
+    return KRPoint{point.x - frame.origin.x + bounds.origin.x, point.y - frame.origin.y + bounds.origin.y};
+}
+
+KRPoint offsetIntoParent(KRPoint point, const KRView& child) {
+    const KRRect frame = child.frame();
+    const KRRect bounds = child.bounds();
+    return KRPoint{point.x - bounds.origin.x + frame.origin.x, point.y - bounds.origin.y + frame.origin.y};
+}
+
+} // namespace
+
+KRView::KRView(KRRect frame) : m_frame(frame) {}
+
+KRView::~KRView() {
+    if (m_animations) {
+        KRAnimationEngine::shared().removeAnimatingObject(this);
+        auto finished = std::move(m_animations);
+    }
+    for (const auto& subview : m_subviews) {
+        subview->m_superview = nullptr;
+        subview->setWindowRecursively(nullptr);
+    }
+}
+
+// Tree ---------------------------------------------------------------------------------------------------
+
+void KRView::addSubview(const std::shared_ptr<KRView>& view) {
+    addSubviewPositionedRelativeTo(view, KRWindowOrderingMode::Above, nullptr);
+}
+
+void KRView::addSubviewPositionedRelativeTo(const std::shared_ptr<KRView>& view, KRWindowOrderingMode place,
+                                            const KRView* relativeTo) {
+    if (!view || view.get() == this || place == KRWindowOrderingMode::Out) {
+        return;
+    }
+    const std::shared_ptr<KRView> keepAlive = view;
+    const bool movingAmongSiblings = view->m_superview == this;
+    if (movingAmongSiblings) {
+        m_subviews.erase(std::find(m_subviews.begin(), m_subviews.end(), view));
+    } else {
+        view->viewWillMoveToSuperview(this);
+        if (view->m_superview) {
+            view->removeFromSuperview();
+        }
+    }
+
+    auto position = place == KRWindowOrderingMode::Above ? m_subviews.end() : m_subviews.begin();
+    if (relativeTo) {
+        auto sibling = std::find_if(m_subviews.begin(), m_subviews.end(),
+                                    [relativeTo](const auto& subview) { return subview.get() == relativeTo; });
+        if (sibling != m_subviews.end()) {
+            position = place == KRWindowOrderingMode::Above ? sibling + 1 : sibling;
+        }
+    }
+    m_subviews.insert(position, view);
+
+    if (!movingAmongSiblings) {
+        view->m_superview = this;
+        view->setWindowRecursively(m_window);
+        if (view->m_needsLayout || view->m_subtreeNeedsLayout) {
+            view->noteSubtreeNeedsLayout();
+        }
+        view->viewDidMoveToSuperview();
+    }
+    view->setNeedsDisplay();
+}
+
+void KRView::removeFromSuperview() {
+    if (!m_superview) {
+        return;
+    }
+    setNeedsDisplay();
+    if (m_window) {
+        m_window->viewWillBeRemoved(this);
+    }
+    viewWillMoveToSuperview(nullptr);
+    detachFromSuperview();
+}
+
+// Kept separate so the last owner can go away at the very end, after nothing touches this view any more.
+void KRView::detachFromSuperview() {
+    auto& siblings = m_superview->m_subviews;
+    auto it = std::find_if(siblings.begin(), siblings.end(),
+                           [this](const auto& subview) { return subview.get() == this; });
+    std::shared_ptr<KRView> keepAlive;
+    if (it != siblings.end()) {
+        keepAlive = std::move(*it);
+        siblings.erase(it);
+    }
+    m_superview = nullptr;
+    setWindowRecursively(nullptr);
+    viewDidMoveToSuperview();
+}
+
+bool KRView::isDescendantOf(const KRView* view) const {
+    for (const KRView* ancestor = this; ancestor; ancestor = ancestor->m_superview) {
+        if (ancestor == view) {
+            return true;
+        }
+    }
+    return false;
+}
+
+KRWindow* KRView::window() const { return m_window; }
+
+std::shared_ptr<KRView> KRView::sharedFromSuperview() const {
+    if (!m_superview) {
+        return nullptr;
+    }
+    for (const auto& subview : m_superview->m_subviews) {
+        if (subview.get() == this) {
+            return subview;
+        }
+    }
+    return nullptr;
+}
+
+void KRView::viewWillMoveToSuperview(KRView*) {}
+void KRView::viewDidMoveToSuperview() {}
+void KRView::viewDidMoveToWindow() {}
+
+void KRView::setWindowRecursively(KRWindow* window) {
+    if (m_window == window) {
+        return;
+    }
+    m_window = window;
+    for (const auto& subview : m_subviews) {
+        subview->setWindowRecursively(window);
+    }
+    if (window) {
+        if (m_needsLayout || m_subtreeNeedsLayout) {
+            window->setNeedsUpdate();
+        }
+        if (m_trackingAreas && !m_trackingAreas->empty()) {
+            window->viewNeedsTrackingAreaUpdate(this);
+        }
+    }
+    viewDidMoveToWindow();
+}
+
+// Geometry -----------------------------------------------------------------------------------------------
+
+void KRView::setFrame(KRRect frame) {
+    setFrameOrigin(frame.origin);
+    setFrameSize(frame.size);
+}
+
+void KRView::setFrameOrigin(KRPoint origin) {
+    if (origin == m_frame.origin) {
+        return;
+    }
+    setNeedsDisplay();
+    animateKey(KRFrameOriginKey, KRAnimatableValue::fromPoint(presentationFrame().origin),
+               KRAnimatableValue::fromPoint(origin));
+    m_frame.origin = origin;
+    frameDidChange(false);
+}
+
+void KRView::setFrameSize(KRSize size) {
+    if (size == m_frame.size) {
+        return;
+    }
+    setNeedsDisplay();
+    animateKey(KRFrameSizeKey, KRAnimatableValue::fromSize(presentationFrame().size),
+               KRAnimatableValue::fromSize(size));
+    m_frame.size = size;
+    frameDidChange(true);
+}
+
+void KRView::frameDidChange(bool sizeChanged) {
+    if (sizeChanged) {
+        setNeedsLayout(true);
+    }
+    setNeedsDisplay();
+    if (m_window && m_trackingAreas && !m_trackingAreas->empty()) {
+        m_window->viewNeedsTrackingAreaUpdate(this);
+    }
+    if (hasObserversForKey("frame")) {
+        didChangeValueForKey("frame", QVariant(), QVariant::fromValue(m_frame));
+    }
+}
+
+void KRView::setBoundsOrigin(KRPoint origin) {
+    if (origin == m_boundsOrigin) {
+        return;
+    }
+    m_boundsOrigin = origin;
+    setNeedsDisplay();
+}
+
+KRRect KRView::presentationFrame() const {
+    if (!hasRunningAnimations()) {
+        return m_frame;
+    }
+    const double now = KRClock::now();
+    KRRect frame = m_frame;
+    if (const auto* animation = runningAnimation(KRFrameOriginKey)) {
+        frame.origin = animation->valueAtTime(now).toPoint();
+    }
+    if (const auto* animation = runningAnimation(KRFrameSizeKey)) {
+        frame.size = animation->valueAtTime(now).toSize();
+    }
+    return frame;
+}
+
+// Visibility and layer looks -----------------------------------------------------------------------------
+
+void KRView::setHidden(bool hidden) {
+    if (hidden == m_hidden) {
+        return;
+    }
+    setValueNotifying("hidden", m_hidden, hidden);
+    setNeedsDisplay();
+}
+
+bool KRView::isHiddenOrHasHiddenAncestor() const {
+    for (const KRView* view = this; view; view = view->m_superview) {
+        if (view->m_hidden) {
+            return true;
+        }
+    }
+    return false;
+}
+
+void KRView::setAlphaValue(double alpha) {
+    alpha = std::clamp(alpha, 0.0, 1.0);
+    if (alpha == m_alphaValue) {
+        return;
+    }
+    animateKey(KROpacityKey, KRAnimatableValue::fromDouble(presentationAlphaValue()),
+               KRAnimatableValue::fromDouble(alpha));
+    setValueNotifying("alphaValue", m_alphaValue, alpha);
+    setNeedsDisplay();
+}
+
+double KRView::presentationAlphaValue() const {
+    const auto* animation = runningAnimation(KROpacityKey);
+    return animation ? animation->valueAtTime(KRClock::now()).toDouble() : m_alphaValue;
+}
+
+void KRView::setBackgroundColor(const QColor& color) {
+    if (sameColor(color, m_backgroundColor)) {
+        return;
+    }
+    animateKey(KRBackgroundColorKey, KRAnimatableValue::fromColor(presentationBackgroundColor()),
+               KRAnimatableValue::fromColor(color));
+    m_backgroundColor = color;
+    setNeedsDisplay();
+}
+
+QColor KRView::presentationBackgroundColor() const {
+    const auto* animation = runningAnimation(KRBackgroundColorKey);
+    return animation ? animation->valueAtTime(KRClock::now()).toColor() : m_backgroundColor;
+}
+
+void KRView::setBorderColor(const QColor& color) {
+    if (sameColor(color, m_borderColor)) {
+        return;
+    }
+    animateKey(KRBorderColorKey, KRAnimatableValue::fromColor(presentationBorderColor()),
+               KRAnimatableValue::fromColor(color));
+    m_borderColor = color;
+    setNeedsDisplay();
+}
+
+QColor KRView::presentationBorderColor() const {
+    const auto* animation = runningAnimation(KRBorderColorKey);
+    return animation ? animation->valueAtTime(KRClock::now()).toColor() : m_borderColor;
+}
+
+void KRView::setBorderWidth(double width) {
+    if (width == m_borderWidth) {
+        return;
+    }
+    m_borderWidth = width;
+    setNeedsDisplay();
+}
+
+void KRView::setCornerRadius(double radius) {
+    if (radius == m_cornerRadius) {
+        return;
+    }
+    m_cornerRadius = radius;
+    setNeedsDisplay();
+}
+
+void KRView::setMasksToBounds(bool masks) {
+    if (masks == m_masksToBounds) {
+        return;
+    }
+    m_masksToBounds = masks;
+    setNeedsDisplay();
+}
+
+void KRView::setShadowOpacity(double opacity) {
+    if (opacity == m_shadowOpacity) {
+        return;
+    }
+    // Invalidate with the old shadow extent before it changes.
+    setNeedsDisplay();
+    animateKey(KRShadowOpacityKey, KRAnimatableValue::fromDouble(presentationShadowOpacity()),
+               KRAnimatableValue::fromDouble(opacity));
+    m_shadowOpacity = opacity;
+    setNeedsDisplay();
+}
+
+double KRView::presentationShadowOpacity() const {
+    const auto* animation = runningAnimation(KRShadowOpacityKey);
+    return animation ? animation->valueAtTime(KRClock::now()).toDouble() : m_shadowOpacity;
+}
+
+void KRView::setShadowRadius(double radius) {
+    if (radius == m_shadowRadius) {
+        return;
+    }
+    setNeedsDisplay();
+    m_shadowRadius = radius;
+    setNeedsDisplay();
+}
+
+void KRView::setShadowOffset(KRSize offset) {
+    if (offset == m_shadowOffset) {
+        return;
+    }
+    setNeedsDisplay();
+    m_shadowOffset = offset;
+    setNeedsDisplay();
+}
+
+void KRView::setShadowColor(const QColor& color) {
+    if (sameColor(color, m_shadowColor)) {
+        return;
+    }
+    m_shadowColor = color;
+    setNeedsDisplay();
+}
+
+void KRView::setScale(double scale) {
+    if (scale == m_scale) {
+        return;
+    }
+    setNeedsDisplay();
+    animateKey(KRScaleKey, KRAnimatableValue::fromDouble(presentationScale()), KRAnimatableValue::fromDouble(scale));
+    m_scale = scale;
+    setNeedsDisplay();
+}
+
+double KRView::presentationScale() const {
+    const auto* animation = runningAnimation(KRScaleKey);
+    return animation ? animation->valueAtTime(KRClock::now()).toDouble() : m_scale;
+}
+
+// Layout -------------------------------------------------------------------------------------------------
+
+void KRView::setNeedsLayout(bool needsLayout) {
+    if (!needsLayout) {
+        m_needsLayout = false;
+        return;
+    }
+    if (m_needsLayout) {
+        return;
+    }
+    m_needsLayout = true;
+    noteSubtreeNeedsLayout();
+}
+
+// Ancestors remember that something below them needs layout, so a pass skips clean subtrees.
+void KRView::noteSubtreeNeedsLayout() {
+    for (KRView* ancestor = m_superview; ancestor && !ancestor->m_subtreeNeedsLayout;
+         ancestor = ancestor->m_superview) {
+        ancestor->m_subtreeNeedsLayout = true;
+    }
+    if (m_window) {
+        m_window->setNeedsUpdate();
+    }
+}
+
+void KRView::layoutIfNeeded() {
+    // layoutSubviews may mark views again (a parent resizing a child); a few rounds settle it, and the
+    // bound keeps a view that always marks itself from hanging the pass.
+    constexpr int maximumRounds = 8;
+    for (int round = 0; round < maximumRounds && (m_needsLayout || m_subtreeNeedsLayout); ++round) {
+        if (m_needsLayout) {
+            m_needsLayout = false;
+            layoutSubviews();
+        }
+        if (m_subtreeNeedsLayout) {
+            m_subtreeNeedsLayout = false;
+            for (std::size_t i = 0; i < m_subviews.size(); ++i) {
+                const std::shared_ptr<KRView> subview = m_subviews[i];
+                if (subview->m_needsLayout || subview->m_subtreeNeedsLayout) {
+                    subview->layoutIfNeeded();
+                }
+            }
+        }
+    }
+}
+
+KRSize KRView::sizeThatFits(KRSize) const { return m_frame.size; }
+
+void KRView::sizeToFit() { setFrameSize(sizeThatFits(m_frame.size)); }
+
+// Display ------------------------------------------------------------------------------------------------
+
+void KRView::setNeedsDisplay() {
+    if (!m_window) {
+        return;
+    }
+    KRRect visual = KRRectUnion(m_frame, presentationFrame());
+    // A moving view must also repaint where it has been: mark the whole path of a frame animation, with
+    // room for a spring's overshoot.
+    const auto* originAnimation = runningAnimation(KRFrameOriginKey);
+    const auto* sizeAnimation = runningAnimation(KRFrameSizeKey);
+    if (originAnimation || sizeAnimation) {
+        KRRect start = m_frame;
+        if (originAnimation) {
+            start.origin = originAnimation->fromValue().toPoint();
+        }
+        if (sizeAnimation) {
+            start.size = sizeAnimation->fromValue().toSize();
+        }
+        const double overshootX = 0.25 * std::fabs(start.origin.x - m_frame.origin.x) +
+                                  0.25 * std::fabs(start.size.width - m_frame.size.width);
+        const double overshootY = 0.25 * std::fabs(start.origin.y - m_frame.origin.y) +
+                                  0.25 * std::fabs(start.size.height - m_frame.size.height);
+        visual = KRRectInset(KRRectUnion(visual, start), -overshootX, -overshootY);
+    }
+    const double shadowOpacity = std::max(m_shadowOpacity, presentationShadowOpacity());
+    if (shadowOpacity > 0.0) {
+        const double extent =
+            2.0 * m_shadowRadius + std::max(std::fabs(m_shadowOffset.width), std::fabs(m_shadowOffset.height));
+        visual = KRRectInset(visual, -extent, -extent);
+    }
+    const double scale = std::max(m_scale, presentationScale());
+    if (scale > 1.0) {
+        visual = KRRectInset(visual, -visual.size.width * (scale - 1.0) * 0.5,
+                             -visual.size.height * (scale - 1.0) * 0.5);
+    }
+    // A view that does not clip may draw subviews outside its frame; they report their own areas, so
+    // marking the frame is enough here.
+    const KRRect inWindow = m_superview ? m_superview->convertRectToView(visual, nullptr) : visual;
+    m_window->setNeedsDisplayInRect(inWindow);
+}
+
+void KRView::setNeedsDisplayInRect(KRRect rect) {
+    if (m_window) {
+        m_window->setNeedsDisplayInRect(convertRectToView(rect, nullptr));
+    }
+}
+
+void KRView::draw(QPainter&, KRRect) {}
+
+// Hit testing and conversion -----------------------------------------------------------------------------
+
+KRView* KRView::hitTest(KRPoint point) {
+    if (m_hidden || m_ignoresMouseEvents || !KRRectContainsPoint(m_frame, point)) {
+        return nullptr;
+    }
+    const KRPoint local = offsetIntoChild(point, *this);
+    for (auto it = m_subviews.rbegin(); it != m_subviews.rend(); ++it) {
+        if (KRView* hit = (*it)->hitTest(local)) {
+            return hit;
+        }
+    }
+    return this;
+}
+
+KRPoint KRView::convertPointToView(KRPoint point, const KRView* view) const {
+    // Up to the root (whose superview coordinates are the window's), then down into view.
+    for (const KRView* current = this; current; current = current->m_superview) {
+        point = offsetIntoParent(point, *current);
+    }
+    return view ? view->convertPointFromView(point, nullptr) : point;
+}
+
+KRPoint KRView::convertPointFromView(KRPoint point, const KRView* view) const {
+    if (view) {
+        point = view->convertPointToView(point, nullptr);
+    }
+    std::vector<const KRView*> chain;
+    for (const KRView* current = this; current; current = current->m_superview) {
+        chain.push_back(current);
+    }
+    for (auto it = chain.rbegin(); it != chain.rend(); ++it) {
+        point = offsetIntoChild(point, **it);
+    }
+    return point;
+}
+
+KRRect KRView::convertRectToView(KRRect rect, const KRView* view) const {
+    if (KRRectIsNull(rect)) {
+        return rect;
+    }
+    rect = KRRectStandardize(rect);
+    return KRRect{convertPointToView(rect.origin, view), rect.size};
+}
+
+KRRect KRView::convertRectFromView(KRRect rect, const KRView* view) const {
+    if (KRRectIsNull(rect)) {
+        return rect;
+    }
+    rect = KRRectStandardize(rect);
+    return KRRect{convertPointFromView(rect.origin, view), rect.size};
+}
+
+KRPoint KRView::convertPointToScreen(KRPoint point) const {
+    const KRPoint inWindow = convertPointToView(point, nullptr);
+    return m_window ? m_window->convertPointToScreen(inWindow) : inWindow;
+}
+
+KRPoint KRView::convertPointFromScreen(KRPoint point) const {
+    const KRPoint inWindow = m_window ? m_window->convertPointFromScreen(point) : point;
+    return convertPointFromView(inWindow, nullptr);
+}
+
+KRRect KRView::convertRectToScreen(KRRect rect) const {
+    const KRRect inWindow = convertRectToView(rect, nullptr);
+    return m_window ? m_window->convertRectToScreen(inWindow) : inWindow;
+}
+
+KRRect KRView::convertRectFromScreen(KRRect rect) const {
+    const KRRect inWindow = m_window ? m_window->convertRectFromScreen(rect) : rect;
+    return convertRectFromView(inWindow, nullptr);
+}
+
+// Tracking areas -----------------------------------------------------------------------------------------
+
+void KRView::addTrackingArea(const std::shared_ptr<KRTrackingArea>& area) {
+    if (!area) {
+        return;
+    }
+    if (!m_trackingAreas) {
+        m_trackingAreas = std::make_unique<std::vector<std::shared_ptr<KRTrackingArea>>>();
+    }
+    m_trackingAreas->push_back(area);
+}
+
+void KRView::removeTrackingArea(const KRTrackingArea* area) {
+    if (!m_trackingAreas) {
+        return;
+    }
+    auto& areas = *m_trackingAreas;
+    areas.erase(std::remove_if(areas.begin(), areas.end(), [area](const auto& each) { return each.get() == area; }),
+                areas.end());
+}
+
+const std::vector<std::shared_ptr<KRTrackingArea>>& KRView::trackingAreas() const {
+    static const std::vector<std::shared_ptr<KRTrackingArea>> none;
+    return m_trackingAreas ? *m_trackingAreas : none;
+}
+
+// Responder and key views --------------------------------------------------------------------------------
+
+KRResponder* KRView::nextResponder() const {
+    if (KRResponder* explicitNext = m_nextResponder.get()) {
+        return explicitNext;
+    }
+    if (m_superview) {
+        return m_superview;
+    }
+    return m_window;
+}
+
+bool KRView::acceptsFirstMouse(const KREvent*) const { return false; }
+
+bool KRView::canBecomeKeyView() const { return acceptsFirstResponder() && !isHiddenOrHasHiddenAncestor(); }
+
+// Animation ----------------------------------------------------------------------------------------------
+
+void KRView::performAnimated(bool animated, const std::function<void(EZAnimationContext&)>& animations,
+                             std::function<void()> completion) {
+    KRAnimationTransaction::perform(animated, animations, std::move(completion));
+}
+
+void KRView::animate(const std::function<void(EZAnimationContext&)>& animations, std::function<void()> completion) {
+    KRAnimationTransaction::perform(true, animations, std::move(completion));
+}
+
+void KRView::performWithoutAnimation(const std::function<void()>& block) {
+    KRAnimationTransaction::performWithoutAnimation(block);
+}
+
+void KRView::performNonAnimated(bool nonAnimated, const std::function<void()>& block) {
+    KRAnimationTransaction::performNonAnimated(nonAnimated, block);
+}
+
+bool KRView::hasRunningAnimationForKey(const char* key) const { return runningAnimation(key) != nullptr; }
+
+const KRPropertyAnimation* KRView::runningAnimation(const char* key) const {
+    if (!m_animations) {
+        return nullptr;
+    }
+    for (const auto& running : *m_animations) {
+        if (std::strcmp(running.key, key) == 0) {
+            return &running.animation;
+        }
+    }
+    return nullptr;
+}
+
+void KRView::animateKey(const char* key, const KRAnimatableValue& presentationValue, const KRAnimatableValue& to) {
+    EZSampledFunctionRef function = KRAnimationTransaction::functionForKey(key);
+    if (!function) {
+        cancelAnimation(key);
+        return;
+    }
+    // The replaced animation is stopped only after the new one is in place, so a group shared by both
+    // never sees a moment with nothing running.
+    std::vector<RunningAnimation> replaced;
+    if (!m_animations) {
+        m_animations = std::make_unique<std::vector<RunningAnimation>>();
+    }
+    auto& animations = *m_animations;
+    for (auto it = animations.begin(); it != animations.end(); ++it) {
+        if (std::strcmp(it->key, key) == 0) {
+            replaced.push_back(std::move(*it));
+            animations.erase(it);
+            break;
+        }
+    }
+    animations.push_back(RunningAnimation{
+        key, KRPropertyAnimation(presentationValue, to, KRClock::now(), std::move(function),
+                                 KRAnimationTransaction::currentGroup())});
+    KRAnimationEngine::shared().addAnimatingObject(this);
+    setNeedsDisplay();
+}
+
+void KRView::cancelAnimation(const char* key) {
+    if (!m_animations) {
+        return;
+    }
+    std::vector<RunningAnimation> cancelled;
+    auto& animations = *m_animations;
+    for (auto it = animations.begin(); it != animations.end(); ++it) {
+        if (std::strcmp(it->key, key) == 0) {
+            cancelled.push_back(std::move(*it));
+            animations.erase(it);
+            break;
+        }
+    }
+    if (!cancelled.empty()) {
+        setNeedsDisplay();
+    }
+    // Leaving scope stops the cancelled animation, which may complete its group.
+}
+
+bool KRView::advanceAnimationsToTime(double now) {
+    if (!m_animations) {
+        return false;
+    }
+    setNeedsDisplay();
+    // Finished animations are moved out before they are destroyed: destroying one may complete its
+    // group, and a completion may start new animations on this very view.
+    std::vector<RunningAnimation> finished;
+    auto& animations = *m_animations;
+    for (auto it = animations.begin(); it != animations.end();) {
+        if (it->animation.isFinishedAtTime(now)) {
+            finished.push_back(std::move(*it));
+            it = animations.erase(it);
+        } else {
+            ++it;
+        }
+    }
+    finished.clear();
+    return m_animations && !m_animations->empty();
+}

@@ -1,0 +1,221 @@
+#pragma once
+
+#include "Animation/EZAnimationContext.h"
+#include "Animation/KRAnimationEngine.h"
+#include "Animation/KRPropertyAnimation.h"
+#include "Geometry/KRGeometry.h"
+#include "Views/KRCursor.h"
+#include "Views/KRResponder.h"
+
+#include <QColor>
+#include <QJsonValue>
+#include <QString>
+
+#include <functional>
+#include <memory>
+#include <vector>
+
+class KREvent;
+class KRTrackingArea;
+class KRWindow;
+class QPainter;
+
+enum class KRWindowOrderingMode { Below = -1, Out = 0, Above = 1 };
+
+// A retained view: a rectangle in its superview with layer looks, subviews and a layout pass. Views are
+// plain C++ objects drawn by one host widget (KRHostWidget), so a view costs little. Coordinates are
+// flipped (origin top left, y grows downward). A superview owns its subviews.
+//
+// Setters store their value and mark what must be redone (layout or display); the window runs one pass
+// per turn. Inside KRView::performAnimated, changes of frame, alpha, colours, shadow opacity and scale
+// start implicit animations from what is on screen (the presentation value) to the new model value.
+class KRView : public KRResponder, public KRAnimatable {
+public:
+    explicit KRView(KRRect frame = KRRectZero);
+    ~KRView() override;
+
+    // Tree -----------------------------------------------------------------------------------------------
+    KRView* superview() const { return m_superview; }
+    // Back to front.
+    const std::vector<std::shared_ptr<KRView>>& subviews() const { return m_subviews; }
+    // Adds view in front of its siblings (removing it from a former superview first).
+    void addSubview(const std::shared_ptr<KRView>& view);
+    // Above/Below relativeTo (front/back of all siblings when relativeTo is null). Adding a view that is
+    // already a subview moves it.
+    void addSubviewPositionedRelativeTo(const std::shared_ptr<KRView>& view, KRWindowOrderingMode place,
+                                        const KRView* relativeTo);
+    void removeFromSuperview();
+    bool isDescendantOf(const KRView* view) const; // true for the view itself
+    KRWindow* window() const;
+    std::shared_ptr<KRView> sharedFromSuperview() const; // the owning pointer held by the superview
+    virtual void viewWillMoveToSuperview(KRView* newSuperview);
+    virtual void viewDidMoveToSuperview();
+    virtual void viewDidMoveToWindow();
+
+    // Geometry -------------------------------------------------------------------------------------------
+    KRRect frame() const { return m_frame; }
+    void setFrame(KRRect frame); // setFrameOrigin, then setFrameSize
+    virtual void setFrameOrigin(KRPoint origin);
+    virtual void setFrameSize(KRSize size);
+    // Bounds share the frame's size; their origin shifts the content (scrolling).
+    KRRect bounds() const { return KRRect{m_boundsOrigin, m_frame.size}; }
+    void setBoundsOrigin(KRPoint origin);
+    // What is on screen now: the model value, or the running animation's current value.
+    KRRect presentationFrame() const;
+
+    // Identity and value ---------------------------------------------------------------------------------
+    const QString& identifier() const { return m_identifier; }
+    void setIdentifier(const QString& identifier) { m_identifier = identifier; }
+    virtual QJsonValue objectValue() const { return m_objectValue; }
+    virtual void setObjectValue(const QJsonValue& value) { m_objectValue = value; }
+    int tag() const { return m_tag; }
+    void setTag(int tag) { m_tag = tag; }
+
+    // Visibility and layer looks ---------------------------------------------------------------------------
+    bool isHidden() const { return m_hidden; }
+    void setHidden(bool hidden);
+    bool isHiddenOrHasHiddenAncestor() const;
+    // Applies to the whole subtree, composited as one layer.
+    double alphaValue() const { return m_alphaValue; }
+    void setAlphaValue(double alpha);
+    double presentationAlphaValue() const;
+    // An invalid colour means none.
+    QColor backgroundColor() const { return m_backgroundColor; }
+    void setBackgroundColor(const QColor& color);
+    QColor presentationBackgroundColor() const;
+    QColor borderColor() const { return m_borderColor; }
+    void setBorderColor(const QColor& color);
+    QColor presentationBorderColor() const;
+    double borderWidth() const { return m_borderWidth; }
+    void setBorderWidth(double width);
+    double cornerRadius() const { return m_cornerRadius; }
+    void setCornerRadius(double radius);
+    bool masksToBounds() const { return m_masksToBounds; }
+    void setMasksToBounds(bool masks);
+    // The shadow falls outside the view, behind its background; it is not clipped by the view itself.
+    double shadowOpacity() const { return m_shadowOpacity; }
+    void setShadowOpacity(double opacity);
+    double presentationShadowOpacity() const;
+    double shadowRadius() const { return m_shadowRadius; }
+    void setShadowRadius(double radius);
+    KRSize shadowOffset() const { return m_shadowOffset; }
+    void setShadowOffset(KRSize offset);
+    QColor shadowColor() const { return m_shadowColor; }
+    void setShadowColor(const QColor& color);
+    // A scale about the view's centre, applied when drawing (hit testing ignores it).
+    double scale() const { return m_scale; }
+    void setScale(double scale);
+    double presentationScale() const;
+    // A view that ignores mouse events is skipped by hitTest, with its subtree.
+    bool ignoresMouseEvents() const { return m_ignoresMouseEvents; }
+    void setIgnoresMouseEvents(bool ignores) { m_ignoresMouseEvents = ignores; }
+
+    // Layout ---------------------------------------------------------------------------------------------
+    bool needsLayout() const { return m_needsLayout; }
+    // Marks the view; the window lays it out once on its next pass (or layoutIfNeeded does it now).
+    void setNeedsLayout(bool needsLayout);
+    // Lays out this view if it needs it, then every descendant that needs it, parents before children.
+    void layoutIfNeeded();
+    virtual void layoutSubviews() {}
+    virtual KRSize sizeThatFits(KRSize size) const;
+    void sizeToFit();
+
+    // Display --------------------------------------------------------------------------------------------
+    void setNeedsDisplay();
+    void setNeedsDisplayInRect(KRRect rect);
+    // Draws the view's own content in its bounds coordinates; background, border and shadow are drawn for
+    // it. The painter is already translated, clipped (when masksToBounds) and faded.
+    virtual void draw(QPainter& painter, KRRect dirtyRect);
+
+    // Hit testing and conversion -------------------------------------------------------------------------
+    // point is in the superview's coordinates. Answers the frontmost descendant containing it, the view
+    // itself, or null (hidden, ignoring mouse events, or outside the frame).
+    virtual KRView* hitTest(KRPoint point);
+    bool mouseInRect(KRPoint point, KRRect rect) const { return KRRectContainsPoint(rect, point); }
+    // A null view means the window.
+    KRPoint convertPointFromView(KRPoint point, const KRView* view) const;
+    KRPoint convertPointToView(KRPoint point, const KRView* view) const;
+    KRRect convertRectFromView(KRRect rect, const KRView* view) const;
+    KRRect convertRectToView(KRRect rect, const KRView* view) const;
+    // Through the window's screen mapping (the window's coordinates when the view has no window).
+    KRPoint convertPointToScreen(KRPoint point) const;
+    KRPoint convertPointFromScreen(KRPoint point) const;
+    KRRect convertRectToScreen(KRRect rect) const;
+    KRRect convertRectFromScreen(KRRect rect) const;
+
+    // Tracking areas and cursors -------------------------------------------------------------------------
+    void addTrackingArea(const std::shared_ptr<KRTrackingArea>& area);
+    void removeTrackingArea(const KRTrackingArea* area);
+    const std::vector<std::shared_ptr<KRTrackingArea>>& trackingAreas() const;
+    // Called by the window's next pass after the geometry of a view that owns tracking areas changed, and
+    // when such a view joins a window; subclasses rebuild their areas here. A view that wants these calls
+    // adds its area up front (an empty rect will do).
+    virtual void updateTrackingAreas() {}
+
+    // Responder and key views ----------------------------------------------------------------------------
+    KRResponder* nextResponder() const override;
+    void setNextResponder(KRResponder* responder) { m_nextResponder.reset(responder); }
+    virtual bool acceptsFirstMouse(const KREvent* event) const;
+    virtual bool canBecomeKeyView() const;
+    KRView* nextKeyView() const { return m_nextKeyView.get(); }
+    void setNextKeyView(KRView* view) { m_nextKeyView.reset(view); }
+
+    // Animation ------------------------------------------------------------------------------------------
+    // Changes made by animations animate when animated is true, along the curve the block sets on the
+    // context. completion runs once all animations started by the block have ended (at once if none).
+    static void performAnimated(bool animated, const std::function<void(EZAnimationContext&)>& animations,
+                                std::function<void()> completion = {});
+    static void animate(const std::function<void(EZAnimationContext&)>& animations,
+                        std::function<void()> completion = {});
+    static void performWithoutAnimation(const std::function<void()>& block);
+    static void performNonAnimated(bool nonAnimated, const std::function<void()>& block);
+    bool hasRunningAnimations() const { return m_animations && !m_animations->empty(); }
+    bool hasRunningAnimationForKey(const char* key) const;
+    bool advanceAnimationsToTime(double now) override;
+
+protected:
+    // Window bookkeeping, called while the tree changes.
+    void setWindowRecursively(KRWindow* window);
+    friend class KRWindow;
+
+private:
+    struct RunningAnimation {
+        const char* key;
+        KRPropertyAnimation animation;
+    };
+    // Starts, replaces or cancels the animation of key for a change from the on-screen value to `to`.
+    void animateKey(const char* key, const KRAnimatableValue& presentationValue, const KRAnimatableValue& to);
+    const KRPropertyAnimation* runningAnimation(const char* key) const;
+    void cancelAnimation(const char* key);
+    void noteSubtreeNeedsLayout();
+    void frameDidChange(bool sizeChanged);
+    void detachFromSuperview();
+
+    KRView* m_superview = nullptr;
+    KRWindow* m_window = nullptr;
+    std::vector<std::shared_ptr<KRView>> m_subviews;
+    KRRect m_frame;
+    KRPoint m_boundsOrigin;
+    QString m_identifier;
+    QJsonValue m_objectValue;
+    int m_tag = 0;
+    double m_alphaValue = 1.0;
+    double m_borderWidth = 0.0;
+    double m_cornerRadius = 0.0;
+    double m_shadowOpacity = 0.0;
+    double m_shadowRadius = 3.0;
+    double m_scale = 1.0;
+    KRSize m_shadowOffset{0.0, 3.0}; // downward: y grows down
+    QColor m_backgroundColor;
+    QColor m_borderColor;
+    QColor m_shadowColor{0, 0, 0};
+    bool m_hidden = false;
+    bool m_masksToBounds = false;
+    bool m_ignoresMouseEvents = false;
+    bool m_needsLayout = false;
+    bool m_subtreeNeedsLayout = false;
+    KRWeak<KRResponder> m_nextResponder;
+    KRWeak<KRView> m_nextKeyView;
+    std::unique_ptr<std::vector<std::shared_ptr<KRTrackingArea>>> m_trackingAreas;
+    std::unique_ptr<std::vector<RunningAnimation>> m_animations;
+};
