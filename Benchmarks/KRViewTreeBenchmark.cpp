@@ -53,7 +53,8 @@ void paintViewport(const KRView& root, QImage& image) {
 
 void BM_KRViewTree_CreateLayoutPaint(benchmark::State& state) {
     const int count = static_cast<int>(state.range(0));
-    QImage image(static_cast<int>(kWidth), static_cast<int>(kViewportHeight), QImage::Format_ARGB32_Premultiplied);
+    QImage image(static_cast<int>(kWidth), static_cast<int>(kViewportHeight),
+                 QImage::Format_ARGB32_Premultiplied);
     for (auto _ : state) {
         auto root = makeTree(count);
         root->layoutIfNeeded();
@@ -65,7 +66,8 @@ void BM_KRViewTree_CreateLayoutPaint(benchmark::State& state) {
 
 void BM_KRViewTree_RelayoutPaint(benchmark::State& state) {
     const int count = static_cast<int>(state.range(0));
-    QImage image(static_cast<int>(kWidth), static_cast<int>(kViewportHeight), QImage::Format_ARGB32_Premultiplied);
+    QImage image(static_cast<int>(kWidth), static_cast<int>(kViewportHeight),
+                 QImage::Format_ARGB32_Premultiplied);
     auto root = makeTree(count);
     root->layoutIfNeeded();
     for (auto _ : state) {
@@ -77,7 +79,8 @@ void BM_KRViewTree_RelayoutPaint(benchmark::State& state) {
 
 void BM_QListWidget_CreateLayoutPaint(benchmark::State& state) {
     const int count = static_cast<int>(state.range(0));
-    QImage image(static_cast<int>(kWidth), static_cast<int>(kViewportHeight), QImage::Format_ARGB32_Premultiplied);
+    QImage image(static_cast<int>(kWidth), static_cast<int>(kViewportHeight),
+                 QImage::Format_ARGB32_Premultiplied);
     for (auto _ : state) {
         QListWidget list;
         list.resize(static_cast<int>(kWidth), static_cast<int>(kViewportHeight));
@@ -112,8 +115,9 @@ public:
             const auto ours = m_times.find(std::string("BM_KRViewTree_CreateLayoutPaint/") + size);
             const auto theirs = m_times.find(std::string("BM_QListWidget_CreateLayoutPaint/") + size);
             if (ours != m_times.end() && theirs != m_times.end() && theirs->second > 0.0) {
-                std::printf("create + layout + paint, %s items: ours %.3f ms, QListWidget %.3f ms, ratio %.3f\n", size,
-                            ours->second, theirs->second, ours->second / theirs->second);
+                std::printf(
+                    "create + layout + paint, %s items: ours %.3f ms, QListWidget %.3f ms, ratio %.3f\n",
+                    size, ours->second, theirs->second, ours->second / theirs->second);
             }
         }
     }

@@ -16,7 +16,9 @@ public:
     void setAnimated(bool animated) { m_animated = animated; }
 
     EZSampledFunctionRef interpolationFunction() const { return m_interpolationFunction; }
-    void setInterpolationFunction(EZSampledFunctionRef function) { m_interpolationFunction = std::move(function); }
+    void setInterpolationFunction(EZSampledFunctionRef function) {
+        m_interpolationFunction = std::move(function);
+    }
 
     void setInterpolationFunctionForKey(const QString& key, EZSampledFunctionRef function);
     // The key's own curve when one was set, else the general one.

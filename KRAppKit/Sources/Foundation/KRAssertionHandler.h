@@ -51,7 +51,7 @@ public:
 };
 
 // Fails through the current handler when condition is false. method is the selector-style method name.
-#define KRAssert(condition, method, object, file, line, message)                                            \
+#define KRAssert(condition, method, object, file, line, message)                                             \
     do {                                                                                                     \
         if (!(condition)) {                                                                                  \
             KRAssertionHandler::currentHandler().handleFailureInMethod((method), (object), (file), (line),   \

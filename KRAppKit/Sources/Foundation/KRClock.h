@@ -11,8 +11,8 @@ public:
     static void useManualTime(double start = 0.0);
     static void useRealTime();
     static bool isManual();
-    // Manual clock only: moves time forward and lets the listeners (the animation engine, the run loop)
-    // process what became due.
+    // Manual clock only: moves time forward and lets the listeners (the animation engine) process what
+    // became due. The run loop is not drained by it: tests drain it explicitly.
     static void advance(double seconds);
 
     // Listeners run after every manual advance. Returns an id for removal.

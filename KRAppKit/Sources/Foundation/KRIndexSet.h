@@ -25,10 +25,10 @@ public:
 
     bool isEmpty() const { return m_ranges.empty(); }
     KRUInteger count() const;
-    KRUInteger firstIndex() const; // KRNotFound when empty
-    KRUInteger lastIndex() const;  // KRNotFound when empty
-    KRUInteger indexGreaterThanIndex(KRUInteger index) const;        // KRNotFound when none
-    KRUInteger indexLessThanIndex(KRUInteger index) const;           // KRNotFound when none
+    KRUInteger firstIndex() const;                            // KRNotFound when empty
+    KRUInteger lastIndex() const;                             // KRNotFound when empty
+    KRUInteger indexGreaterThanIndex(KRUInteger index) const; // KRNotFound when none
+    KRUInteger indexLessThanIndex(KRUInteger index) const;    // KRNotFound when none
     KRUInteger indexGreaterThanOrEqualToIndex(KRUInteger index) const;
     KRUInteger indexLessThanOrEqualToIndex(KRUInteger index) const;
 

@@ -39,6 +39,7 @@ public:
     virtual ~KRObject();
 
     // Key-value observation. Observers run synchronously, in registration order, from the setter.
+    // keyPath is kept by pointer: pass a string literal (or a string that outlives the registration).
     void addObserver(KRObject* observer, const char* keyPath, unsigned options, const void* context);
     void removeObserver(KRObject* observer, const char* keyPath, const void* context);
     bool hasObserversForKey(const char* keyPath) const;

@@ -12,12 +12,18 @@ struct KRRange {
     friend bool operator==(const KRRange&, const KRRange&) = default;
 };
 
-inline KRRange KRMakeRange(KRUInteger location, KRUInteger length) { return KRRange{location, length}; }
-inline KRUInteger KRMaxRange(KRRange range) { return range.location + range.length; }
+inline KRRange KRMakeRange(KRUInteger location, KRUInteger length) {
+    return KRRange{location, length};
+}
+inline KRUInteger KRMaxRange(KRRange range) {
+    return range.location + range.length;
+}
 inline bool KRLocationInRange(KRUInteger location, KRRange range) {
     return location >= range.location && location - range.location < range.length;
 }
-inline bool KREqualRanges(KRRange a, KRRange b) { return a == b; }
+inline bool KREqualRanges(KRRange a, KRRange b) {
+    return a == b;
+}
 // Empty result ({0, 0}) when the ranges do not overlap.
 KRRange KRIntersectionRange(KRRange a, KRRange b);
 KRRange KRUnionRange(KRRange a, KRRange b);

@@ -21,6 +21,12 @@ private:
     QString m_name;
 };
 
-inline size_t qHash(const KRSelector& selector, size_t seed = 0) { return qHash(selector.name(), seed); }
-inline KRSelector KRSelectorFromString(const QString& name) { return KRSelector(name); }
-inline QString KRStringFromSelector(const KRSelector& selector) { return selector.name(); }
+inline size_t qHash(const KRSelector& selector, size_t seed = 0) {
+    return qHash(selector.name(), seed);
+}
+inline KRSelector KRSelectorFromString(const QString& name) {
+    return KRSelector(name);
+}
+inline QString KRStringFromSelector(const KRSelector& selector) {
+    return selector.name();
+}

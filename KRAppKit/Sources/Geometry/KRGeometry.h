@@ -46,8 +46,12 @@ inline constexpr KRRect KRRectZero{};
 extern const KRRect KRRectNull;
 inline constexpr KREdgeInsets KREdgeInsetsZero{};
 
-inline KRPoint KRPointMake(double x, double y) { return KRPoint{x, y}; }
-inline KRSize KRSizeMake(double width, double height) { return KRSize{width, height}; }
+inline KRPoint KRPointMake(double x, double y) {
+    return KRPoint{x, y};
+}
+inline KRSize KRSizeMake(double width, double height) {
+    return KRSize{width, height};
+}
 inline KRRect KRRectMake(double x, double y, double width, double height) {
     return KRRect{KRPoint{x, y}, KRSize{width, height}};
 }
@@ -109,9 +113,21 @@ KRPoint KRPointFromString(const QString& string);
 KRSize KRSizeFromString(const QString& string);
 KRRect KRRectFromString(const QString& string);
 
-inline QPointF KRToQPointF(KRPoint p) { return QPointF(p.x, p.y); }
-inline QSizeF KRToQSizeF(KRSize s) { return QSizeF(s.width, s.height); }
-inline QRectF KRToQRectF(KRRect r) { return QRectF(r.origin.x, r.origin.y, r.size.width, r.size.height); }
-inline KRPoint KRFromQPointF(QPointF p) { return KRPoint{p.x(), p.y()}; }
-inline KRSize KRFromQSizeF(QSizeF s) { return KRSize{s.width(), s.height()}; }
-inline KRRect KRFromQRectF(QRectF r) { return KRRectMake(r.x(), r.y(), r.width(), r.height()); }
+inline QPointF KRToQPointF(KRPoint p) {
+    return QPointF(p.x, p.y);
+}
+inline QSizeF KRToQSizeF(KRSize s) {
+    return QSizeF(s.width, s.height);
+}
+inline QRectF KRToQRectF(KRRect r) {
+    return QRectF(r.origin.x, r.origin.y, r.size.width, r.size.height);
+}
+inline KRPoint KRFromQPointF(QPointF p) {
+    return KRPoint{p.x(), p.y()};
+}
+inline KRSize KRFromQSizeF(QSizeF s) {
+    return KRSize{s.width(), s.height()};
+}
+inline KRRect KRFromQRectF(QRectF r) {
+    return KRRectMake(r.x(), r.y(), r.width(), r.height());
+}

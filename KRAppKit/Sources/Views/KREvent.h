@@ -40,12 +40,12 @@ inline constexpr KREventModifierFlags KREventModifierFlagDeviceIndependentFlagsM
 // Hardware-independent key codes of the keys the toolkit and its clients tell apart.
 namespace KRKeyCode {
 inline constexpr unsigned short A = 0, S = 1, D = 2, F = 3, H = 4, G = 5, Z = 6, X = 7, C = 8, V = 9, B = 11,
-                                Q = 12, W = 13, E = 14, R = 15, Y = 16, T = 17, O = 31, U = 32, I = 34, P = 35,
-                                L = 37, J = 38, K = 40, N = 45, M = 46;
+                                Q = 12, W = 13, E = 14, R = 15, Y = 16, T = 17, O = 31, U = 32, I = 34,
+                                P = 35, L = 37, J = 38, K = 40, N = 45, M = 46;
 inline constexpr unsigned short Digit1 = 18, Digit2 = 19, Digit3 = 20, Digit4 = 21, Digit6 = 22, Digit5 = 23,
                                 Equal = 24, Digit9 = 25, Digit7 = 26, Minus = 27, Digit8 = 28, Digit0 = 29,
-                                RightBracket = 30, LeftBracket = 33, Quote = 39, Semicolon = 41, Backslash = 42,
-                                Comma = 43, Slash = 44, Period = 47, Grave = 50;
+                                RightBracket = 30, LeftBracket = 33, Quote = 39, Semicolon = 41,
+                                Backslash = 42, Comma = 43, Slash = 44, Period = 47, Grave = 50;
 inline constexpr unsigned short Return = 36, Tab = 48, Space = 49, Delete = 51, Escape = 53, KeypadEnter = 76,
                                 Help = 114, Home = 115, PageUp = 116, ForwardDelete = 117, End = 119,
                                 PageDown = 121, LeftArrow = 123, RightArrow = 124, DownArrow = 125,

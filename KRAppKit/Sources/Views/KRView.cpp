@@ -77,8 +77,9 @@ void KRView::addSubviewPositionedRelativeTo(const std::shared_ptr<KRView>& view,
 
     auto position = place == KRWindowOrderingMode::Above ? m_subviews.end() : m_subviews.begin();
     if (relativeTo) {
-        auto sibling = std::find_if(m_subviews.begin(), m_subviews.end(),
-                                    [relativeTo](const auto& subview) { return subview.get() == relativeTo; });
+        auto sibling = std::find_if(m_subviews.begin(), m_subviews.end(), [relativeTo](const auto& subview) {
+            return subview.get() == relativeTo;
+        });
         if (sibling != m_subviews.end()) {
             position = place == KRWindowOrderingMode::Above ? sibling + 1 : sibling;
         }
@@ -132,7 +133,9 @@ bool KRView::isDescendantOf(const KRView* view) const {
     return false;
 }
 
-KRWindow* KRView::window() const { return m_window; }
+KRWindow* KRView::window() const {
+    return m_window;
+}
 
 std::shared_ptr<KRView> KRView::sharedFromSuperview() const {
     if (!m_superview) {
@@ -371,7 +374,8 @@ void KRView::setScale(double scale) {
         return;
     }
     setNeedsDisplay();
-    animateKey(KRScaleKey, KRAnimatableValue::fromDouble(presentationScale()), KRAnimatableValue::fromDouble(scale));
+    animateKey(KRScaleKey, KRAnimatableValue::fromDouble(presentationScale()),
+               KRAnimatableValue::fromDouble(scale));
     m_scale = scale;
     setNeedsDisplay();
 }
@@ -427,9 +431,13 @@ void KRView::layoutIfNeeded() {
     }
 }
 
-KRSize KRView::sizeThatFits(KRSize) const { return m_frame.size; }
+KRSize KRView::sizeThatFits(KRSize) const {
+    return m_frame.size;
+}
 
-void KRView::sizeToFit() { setFrameSize(sizeThatFits(m_frame.size)); }
+void KRView::sizeToFit() {
+    setFrameSize(sizeThatFits(m_frame.size));
+}
 
 // Display ------------------------------------------------------------------------------------------------
 
@@ -458,8 +466,8 @@ void KRView::setNeedsDisplay() {
     }
     const double shadowOpacity = std::max(m_shadowOpacity, presentationShadowOpacity());
     if (shadowOpacity > 0.0) {
-        const double extent =
-            2.0 * m_shadowRadius + std::max(std::fabs(m_shadowOffset.width), std::fabs(m_shadowOffset.height));
+        const double extent = 2.0 * m_shadowRadius +
+                              std::max(std::fabs(m_shadowOffset.width), std::fabs(m_shadowOffset.height));
         visual = KRRectInset(visual, -extent, -extent);
     }
     const double scale = std::max(m_scale, presentationScale());
@@ -571,8 +579,9 @@ void KRView::removeTrackingArea(const KRTrackingArea* area) {
         return;
     }
     auto& areas = *m_trackingAreas;
-    areas.erase(std::remove_if(areas.begin(), areas.end(), [area](const auto& each) { return each.get() == area; }),
-                areas.end());
+    areas.erase(
+        std::remove_if(areas.begin(), areas.end(), [area](const auto& each) { return each.get() == area; }),
+        areas.end());
 }
 
 const std::vector<std::shared_ptr<KRTrackingArea>>& KRView::trackingAreas() const {
@@ -592,9 +601,13 @@ KRResponder* KRView::nextResponder() const {
     return m_window;
 }
 
-bool KRView::acceptsFirstMouse(const KREvent*) const { return false; }
+bool KRView::acceptsFirstMouse(const KREvent*) const {
+    return false;
+}
 
-bool KRView::canBecomeKeyView() const { return acceptsFirstResponder() && !isHiddenOrHasHiddenAncestor(); }
+bool KRView::canBecomeKeyView() const {
+    return acceptsFirstResponder() && !isHiddenOrHasHiddenAncestor();
+}
 
 // Animation ----------------------------------------------------------------------------------------------
 
@@ -603,7 +616,8 @@ void KRView::performAnimated(bool animated, const std::function<void(EZAnimation
     KRAnimationTransaction::perform(animated, animations, std::move(completion));
 }
 
-void KRView::animate(const std::function<void(EZAnimationContext&)>& animations, std::function<void()> completion) {
+void KRView::animate(const std::function<void(EZAnimationContext&)>& animations,
+                     std::function<void()> completion) {
     KRAnimationTransaction::perform(true, animations, std::move(completion));
 }
 
@@ -615,7 +629,9 @@ void KRView::performNonAnimated(bool nonAnimated, const std::function<void()>& b
     KRAnimationTransaction::performNonAnimated(nonAnimated, block);
 }
 
-bool KRView::hasRunningAnimationForKey(const char* key) const { return runningAnimation(key) != nullptr; }
+bool KRView::hasRunningAnimationForKey(const char* key) const {
+    return runningAnimation(key) != nullptr;
+}
 
 const KRPropertyAnimation* KRView::runningAnimation(const char* key) const {
     if (!m_animations) {
@@ -629,7 +645,8 @@ const KRPropertyAnimation* KRView::runningAnimation(const char* key) const {
     return nullptr;
 }
 
-void KRView::animateKey(const char* key, const KRAnimatableValue& presentationValue, const KRAnimatableValue& to) {
+void KRView::animateKey(const char* key, const KRAnimatableValue& presentationValue,
+                        const KRAnimatableValue& to) {
     EZSampledFunctionRef function = KRAnimationTransaction::functionForKey(key);
     if (!function) {
         cancelAnimation(key);
@@ -649,9 +666,9 @@ void KRView::animateKey(const char* key, const KRAnimatableValue& presentationVa
             break;
         }
     }
-    animations.push_back(RunningAnimation{
-        key, KRPropertyAnimation(presentationValue, to, KRClock::now(), std::move(function),
-                                 KRAnimationTransaction::currentGroup())});
+    animations.push_back(
+        RunningAnimation{key, KRPropertyAnimation(presentationValue, to, KRClock::now(), std::move(function),
+                                                  KRAnimationTransaction::currentGroup())});
     KRAnimationEngine::shared().addAnimatingObject(this);
     setNeedsDisplay();
 }
