@@ -257,49 +257,27 @@ bool KRView::isHiddenOrHasHiddenAncestor() const {
 }
 
 void KRView::setAlphaValue(double alpha) {
-    alpha = std::clamp(alpha, 0.0, 1.0);
-    if (alpha == m_alphaValue) {
-        return;
-    }
-    animateKey(KROpacityKey, KRAnimatableValue::fromDouble(presentationAlphaValue()),
-               KRAnimatableValue::fromDouble(alpha));
-    setValueNotifying("alphaValue", m_alphaValue, alpha);
-    setNeedsDisplay();
+    setAnimatedDouble(KROpacityKey, "alphaValue", m_alphaValue, std::clamp(alpha, 0.0, 1.0));
 }
 
 double KRView::presentationAlphaValue() const {
-    const auto* animation = runningAnimation(KROpacityKey);
-    return animation ? animation->valueAtTime(KRClock::now()).toDouble() : m_alphaValue;
+    return presentationDouble(KROpacityKey, m_alphaValue);
 }
 
 void KRView::setBackgroundColor(const QColor& color) {
-    if (sameColor(color, m_backgroundColor)) {
-        return;
-    }
-    animateKey(KRBackgroundColorKey, KRAnimatableValue::fromColor(presentationBackgroundColor()),
-               KRAnimatableValue::fromColor(color));
-    m_backgroundColor = color;
-    setNeedsDisplay();
+    setAnimatedColor(KRBackgroundColorKey, m_backgroundColor, color);
 }
 
 QColor KRView::presentationBackgroundColor() const {
-    const auto* animation = runningAnimation(KRBackgroundColorKey);
-    return animation ? animation->valueAtTime(KRClock::now()).toColor() : m_backgroundColor;
+    return presentationColor(KRBackgroundColorKey, m_backgroundColor);
 }
 
 void KRView::setBorderColor(const QColor& color) {
-    if (sameColor(color, m_borderColor)) {
-        return;
-    }
-    animateKey(KRBorderColorKey, KRAnimatableValue::fromColor(presentationBorderColor()),
-               KRAnimatableValue::fromColor(color));
-    m_borderColor = color;
-    setNeedsDisplay();
+    setAnimatedColor(KRBorderColorKey, m_borderColor, color);
 }
 
 QColor KRView::presentationBorderColor() const {
-    const auto* animation = runningAnimation(KRBorderColorKey);
-    return animation ? animation->valueAtTime(KRClock::now()).toColor() : m_borderColor;
+    return presentationColor(KRBorderColorKey, m_borderColor);
 }
 
 void KRView::setBorderWidth(double width) {
@@ -327,20 +305,11 @@ void KRView::setMasksToBounds(bool masks) {
 }
 
 void KRView::setShadowOpacity(double opacity) {
-    if (opacity == m_shadowOpacity) {
-        return;
-    }
-    // Invalidate with the old shadow extent before it changes.
-    setNeedsDisplay();
-    animateKey(KRShadowOpacityKey, KRAnimatableValue::fromDouble(presentationShadowOpacity()),
-               KRAnimatableValue::fromDouble(opacity));
-    m_shadowOpacity = opacity;
-    setNeedsDisplay();
+    setAnimatedDouble(KRShadowOpacityKey, nullptr, m_shadowOpacity, opacity);
 }
 
 double KRView::presentationShadowOpacity() const {
-    const auto* animation = runningAnimation(KRShadowOpacityKey);
-    return animation ? animation->valueAtTime(KRClock::now()).toDouble() : m_shadowOpacity;
+    return presentationDouble(KRShadowOpacityKey, m_shadowOpacity);
 }
 
 void KRView::setShadowRadius(double radius) {
@@ -370,19 +339,48 @@ void KRView::setShadowColor(const QColor& color) {
 }
 
 void KRView::setScale(double scale) {
-    if (scale == m_scale) {
-        return;
-    }
-    setNeedsDisplay();
-    animateKey(KRScaleKey, KRAnimatableValue::fromDouble(presentationScale()),
-               KRAnimatableValue::fromDouble(scale));
-    m_scale = scale;
-    setNeedsDisplay();
+    setAnimatedDouble(KRScaleKey, nullptr, m_scale, scale);
 }
 
 double KRView::presentationScale() const {
-    const auto* animation = runningAnimation(KRScaleKey);
-    return animation ? animation->valueAtTime(KRClock::now()).toDouble() : m_scale;
+    return presentationDouble(KRScaleKey, m_scale);
+}
+
+// The animatable looks share one path: invalidate what is on screen now (a shadow or scale may be
+// shrinking), animate from the presentation value, store, and invalidate the new look.
+void KRView::setAnimatedDouble(const char* key, const char* observedKeyPath, double& field, double value) {
+    if (value == field) {
+        return;
+    }
+    setNeedsDisplay();
+    animateKey(key, KRAnimatableValue::fromDouble(presentationDouble(key, field)),
+               KRAnimatableValue::fromDouble(value));
+    if (observedKeyPath) {
+        setValueNotifying(observedKeyPath, field, value);
+    } else {
+        field = value;
+    }
+    setNeedsDisplay();
+}
+
+void KRView::setAnimatedColor(const char* key, QColor& field, const QColor& color) {
+    if (sameColor(color, field)) {
+        return;
+    }
+    animateKey(key, KRAnimatableValue::fromColor(presentationColor(key, field)),
+               KRAnimatableValue::fromColor(color));
+    field = color;
+    setNeedsDisplay();
+}
+
+double KRView::presentationDouble(const char* key, double modelValue) const {
+    const auto* animation = runningAnimation(key);
+    return animation ? animation->valueAtTime(KRClock::now()).toDouble() : modelValue;
+}
+
+QColor KRView::presentationColor(const char* key, const QColor& modelValue) const {
+    const auto* animation = runningAnimation(key);
+    return animation ? animation->valueAtTime(KRClock::now()).toColor() : modelValue;
 }
 
 // Layout -------------------------------------------------------------------------------------------------

@@ -186,6 +186,10 @@ private:
     // Starts, replaces or cancels the animation of key for a change from the on-screen value to `to`.
     void animateKey(const char* key, const KRAnimatableValue& presentationValue, const KRAnimatableValue& to);
     const KRPropertyAnimation* runningAnimation(const char* key) const;
+    void setAnimatedDouble(const char* key, const char* observedKeyPath, double& field, double value);
+    void setAnimatedColor(const char* key, QColor& field, const QColor& color);
+    double presentationDouble(const char* key, double modelValue) const;
+    QColor presentationColor(const char* key, const QColor& modelValue) const;
     void cancelAnimation(const char* key);
     void noteSubtreeNeedsLayout();
     void frameDidChange(bool sizeChanged);

@@ -1,0 +1,16 @@
+#pragma once
+
+// Forward declarations of this module's types, for headers that only name them.
+class KRInternalInconsistencyException;
+class KRGenericException;
+class KRAssertionHandler;
+class KRClock;
+class KRIndexSet;
+class KRMutableIndexSet;
+class KRLogCapture;
+struct KRKeyValueChange;
+class KRObject;
+template <class T> class KRWeak;
+struct KRRange;
+class KRRunLoop;
+class KRSelector;
