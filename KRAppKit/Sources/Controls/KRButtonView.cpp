@@ -290,19 +290,11 @@ void KRButtonView::sendAction() {
 // Delegate -------------------------------------------------------------------------------------------------
 
 void KRButtonView::setDelegate(KRButtonViewDelegate* delegate, const KRObject* lifetimeOwner) {
-    m_delegate = delegate;
-    m_delegateLifetime.reset(delegate ? lifetimeOwner : nullptr);
-    m_delegateHasLifetime = delegate && lifetimeOwner;
+    m_delegate.reset(delegate, lifetimeOwner);
 }
 
 KRButtonViewDelegate* KRButtonView::delegate() const {
-    if (!m_delegate) {
-        return nullptr;
-    }
-    if (m_delegateHasLifetime && !m_delegateLifetime) {
-        return nullptr;
-    }
-    return m_delegate;
+    return m_delegate.get();
 }
 
 // Layout and drawing ---------------------------------------------------------------------------------------

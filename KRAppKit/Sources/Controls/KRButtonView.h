@@ -3,6 +3,7 @@
 #include "Animation/EZSampledFunction.h"
 #include "Foundation/KRObject.h"
 #include "Foundation/KRSelector.h"
+#include "Foundation/KRWeakDelegate.h"
 #include "Views/KRCursor.h"
 #include "Views/KRView.h"
 
@@ -183,9 +184,7 @@ private:
     KRCursor m_cursor = KRCursor::arrowCursor();
     KRWeak<KRObject> m_target;
     KRSelector m_action;
-    KRButtonViewDelegate* m_delegate = nullptr;
-    KRWeak<const KRObject> m_delegateLifetime;
-    bool m_delegateHasLifetime = false;
+    KRWeakDelegate<KRButtonViewDelegate> m_delegate;
     std::shared_ptr<KRTrackingArea> m_trackingArea;
 
     int m_updateDepth = 0;

@@ -11,6 +11,7 @@ class KRLogCapture;
 struct KRKeyValueChange;
 class KRObject;
 template <class T> class KRWeak;
+template <class T> class KRWeakDelegate;
 struct KRRange;
 class KRRunLoop;
 class KRSelector;

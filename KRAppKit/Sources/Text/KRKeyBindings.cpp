@@ -167,9 +167,10 @@ private:
     std::vector<Binding> m_table;
 };
 
-std::vector<Binding> makeMacTable() {
+// Rows both tables share; they differ only in the modifier that moves by words (Option on the Mac,
+// Ctrl elsewhere, which the host reports as Command).
+void addCaretBindings(TableBuilder& t, KREventModifierFlags wordModifier) {
     using namespace KRKeyCode;
-    TableBuilder t(Platform::Mac);
     t.add(LeftArrow, 0, {"moveLeft:"});
     t.add(RightArrow, 0, {"moveRight:"});
     t.add(UpArrow, 0, {"moveUp:"});
@@ -178,22 +179,33 @@ std::vector<Binding> makeMacTable() {
     t.add(RightArrow, Shift, {"moveRightAndModifySelection:"});
     t.add(UpArrow, Shift, {"moveUpAndModifySelection:"});
     t.add(DownArrow, Shift, {"moveDownAndModifySelection:"});
-    t.add(LeftArrow, Option, {"moveWordLeft:"});
-    t.add(RightArrow, Option, {"moveWordRight:"});
-    t.add(LeftArrow, Option | Shift, {"moveWordLeftAndModifySelection:"});
-    t.add(RightArrow, Option | Shift, {"moveWordRightAndModifySelection:"});
+    t.add(LeftArrow, wordModifier, {"moveWordLeft:"});
+    t.add(RightArrow, wordModifier, {"moveWordRight:"});
+    t.add(LeftArrow, wordModifier | Shift, {"moveWordLeftAndModifySelection:"});
+    t.add(RightArrow, wordModifier | Shift, {"moveWordRightAndModifySelection:"});
     t.add(UpArrow, Option, {"moveBackward:", "moveToBeginningOfParagraph:"});
     t.add(DownArrow, Option, {"moveForward:", "moveToEndOfParagraph:"});
     t.add(UpArrow, Option | Shift, {"moveParagraphBackwardAndModifySelection:"});
     t.add(DownArrow, Option | Shift, {"moveParagraphForwardAndModifySelection:"});
-    t.add(LeftArrow, Command, {"moveToLeftEndOfLine:"});
-    t.add(RightArrow, Command, {"moveToRightEndOfLine:"});
-    t.add(LeftArrow, Shift | Command, {"moveToLeftEndOfLineAndModifySelection:"});
-    t.add(RightArrow, Shift | Command, {"moveToRightEndOfLineAndModifySelection:"});
+}
+
+void addDocumentBindings(TableBuilder& t) {
+    using namespace KRKeyCode;
     t.add(UpArrow, Command, {"moveToBeginningOfDocument:"});
     t.add(DownArrow, Command, {"moveToEndOfDocument:"});
     t.add(UpArrow, Shift | Command, {"moveToBeginningOfDocumentAndModifySelection:"});
     t.add(DownArrow, Shift | Command, {"moveToEndOfDocumentAndModifySelection:"});
+}
+
+std::vector<Binding> makeMacTable() {
+    using namespace KRKeyCode;
+    TableBuilder t(Platform::Mac);
+    addCaretBindings(t, Option);
+    t.add(LeftArrow, Command, {"moveToLeftEndOfLine:"});
+    t.add(RightArrow, Command, {"moveToRightEndOfLine:"});
+    t.add(LeftArrow, Shift | Command, {"moveToLeftEndOfLineAndModifySelection:"});
+    t.add(RightArrow, Shift | Command, {"moveToRightEndOfLineAndModifySelection:"});
+    addDocumentBindings(t);
     t.add(A, Control, {"moveToBeginningOfParagraph:"});
     t.add(E, Control, {"moveToEndOfParagraph:"});
     t.add(F, Control, {"moveForward:"});
@@ -235,26 +247,8 @@ std::vector<Binding> makeMacTable() {
 std::vector<Binding> makeOtherTable() {
     using namespace KRKeyCode;
     TableBuilder t(Platform::Other);
-    t.add(LeftArrow, 0, {"moveLeft:"});
-    t.add(RightArrow, 0, {"moveRight:"});
-    t.add(UpArrow, 0, {"moveUp:"});
-    t.add(DownArrow, 0, {"moveDown:"});
-    t.add(LeftArrow, Shift, {"moveLeftAndModifySelection:"});
-    t.add(RightArrow, Shift, {"moveRightAndModifySelection:"});
-    t.add(UpArrow, Shift, {"moveUpAndModifySelection:"});
-    t.add(DownArrow, Shift, {"moveDownAndModifySelection:"});
-    t.add(LeftArrow, Command, {"moveWordLeft:"});
-    t.add(RightArrow, Command, {"moveWordRight:"});
-    t.add(LeftArrow, Command | Shift, {"moveWordLeftAndModifySelection:"});
-    t.add(RightArrow, Command | Shift, {"moveWordRightAndModifySelection:"});
-    t.add(UpArrow, Option, {"moveBackward:", "moveToBeginningOfParagraph:"});
-    t.add(DownArrow, Option, {"moveForward:", "moveToEndOfParagraph:"});
-    t.add(UpArrow, Option | Shift, {"moveParagraphBackwardAndModifySelection:"});
-    t.add(DownArrow, Option | Shift, {"moveParagraphForwardAndModifySelection:"});
-    t.add(UpArrow, Command, {"moveToBeginningOfDocument:"});
-    t.add(DownArrow, Command, {"moveToEndOfDocument:"});
-    t.add(UpArrow, Command | Shift, {"moveToBeginningOfDocumentAndModifySelection:"});
-    t.add(DownArrow, Command | Shift, {"moveToEndOfDocumentAndModifySelection:"});
+    addCaretBindings(t, Command);
+    addDocumentBindings(t);
     t.add(Home, 0, {"moveToLeftEndOfLine:"});
     t.add(End, 0, {"moveToRightEndOfLine:"});
     t.add(Home, Shift, {"moveToLeftEndOfLineAndModifySelection:"});

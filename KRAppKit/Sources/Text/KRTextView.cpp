@@ -659,19 +659,11 @@ void KRTextView::moveVertically(bool down, bool modifySelection) {
 // ---------------------------------------------------------------------------------------------------
 
 void KRTextView::setDelegate(KRTextViewDelegate* delegate, const KRObject* lifetimeOwner) {
-    m_delegate = delegate;
-    m_delegateLifetime.reset(delegate ? lifetimeOwner : nullptr);
-    m_delegateHasLifetime = delegate && lifetimeOwner;
+    m_delegate.reset(delegate, lifetimeOwner);
 }
 
 KRTextViewDelegate* KRTextView::delegate() const {
-    if (!m_delegate) {
-        return nullptr;
-    }
-    if (m_delegateHasLifetime && !m_delegateLifetime) {
-        return nullptr;
-    }
-    return m_delegate;
+    return m_delegate.get();
 }
 
 QUndoStack* KRTextView::undoManager() const {

@@ -3,6 +3,7 @@
 #include "Foundation/KRObject.h"
 #include "Foundation/KRRange.h"
 #include "Foundation/KRSelector.h"
+#include "Foundation/KRWeakDelegate.h"
 #include "Views/KRTextInputClient.h"
 #include "Views/KRView.h"
 
@@ -203,7 +204,5 @@ private:
     int m_clickCount = 1;
     double m_lastCaretChange = 0.0;
 
-    KRTextViewDelegate* m_delegate = nullptr;
-    KRWeak<const KRObject> m_delegateLifetime;
-    bool m_delegateHasLifetime = false;
+    KRWeakDelegate<KRTextViewDelegate> m_delegate;
 };
