@@ -1,6 +1,7 @@
 // Creating a tree of 10,000 views and running one layout + paint pass over a window-sized viewport,
 // against QListWidget holding the same number of items and painting the same viewport.
 #include "Foundation/KRClock.h"
+#include "Support/KRRatioReporter.h"
 #include "Views/KRRenderer.h"
 #include "Views/KRView.h"
 
@@ -10,10 +11,6 @@
 #include <QPainter>
 
 #include <benchmark/benchmark.h>
-
-#include <cstdio>
-#include <map>
-#include <string>
 
 namespace {
 
@@ -99,42 +96,8 @@ BENCHMARK(BM_KRViewTree_CreateLayoutPaint)->Arg(1000)->Arg(10000)->Unit(benchmar
 BENCHMARK(BM_QListWidget_CreateLayoutPaint)->Arg(1000)->Arg(10000)->Unit(benchmark::kMillisecond);
 BENCHMARK(BM_KRViewTree_RelayoutPaint)->Arg(10000)->Unit(benchmark::kMillisecond);
 
-namespace {
-
-// Prints, after the usual table, our time over QListWidget's for each size both ran.
-class RatioReporter : public benchmark::ConsoleReporter {
-public:
-    void ReportRuns(const std::vector<Run>& runs) override {
-        for (const Run& run : runs) {
-            m_times[run.benchmark_name()] = run.GetAdjustedRealTime();
-        }
-        ConsoleReporter::ReportRuns(runs);
-    }
-    void printRatios() const {
-        for (const char* size : {"1000", "10000"}) {
-            const auto ours = m_times.find(std::string("BM_KRViewTree_CreateLayoutPaint/") + size);
-            const auto theirs = m_times.find(std::string("BM_QListWidget_CreateLayoutPaint/") + size);
-            if (ours != m_times.end() && theirs != m_times.end() && theirs->second > 0.0) {
-                std::printf(
-                    "create + layout + paint, %s items: ours %.3f ms, QListWidget %.3f ms, ratio %.3f\n",
-                    size, ours->second, theirs->second, ours->second / theirs->second);
-            }
-        }
-    }
-
-private:
-    std::map<std::string, double> m_times;
-};
-
-} // namespace
-
 int main(int argc, char** argv) {
-    qputenv("QT_QPA_PLATFORM", "offscreen");
-    QApplication application(argc, argv);
-    benchmark::Initialize(&argc, argv);
-    RatioReporter reporter;
-    benchmark::RunSpecifiedBenchmarks(&reporter);
-    reporter.printRatios();
-    benchmark::Shutdown();
-    return 0;
+    return KRRunBenchmarksWithRatios(argc, argv,
+                                     {{"create + layout + paint (ms)", "BM_KRViewTree_CreateLayoutPaint",
+                                       "BM_QListWidget_CreateLayoutPaint", "QListWidget"}});
 }

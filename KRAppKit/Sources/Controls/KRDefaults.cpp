@@ -34,6 +34,28 @@ QColor KRDefaults::vantorBlue8Color() {
     return QColor(0x1A, 0x6D, 0xF0);
 }
 
+QColor KRDefaults::textFieldBorderColor() {
+    return QColor(0xC8, 0xCB, 0xD2);
+}
+QColor KRDefaults::textFieldBackgroundColor() {
+    return QColor(0xFF, 0xFF, 0xFF);
+}
+QColor KRDefaults::keyboardFocusIndicatorColor() {
+    return QColor(0x3D, 0x8B, 0xF2, 0x80);
+}
+QColor KRDefaults::selectedTextBackgroundColor() {
+    return QColor(0xB3, 0xD7, 0xFF);
+}
+double KRDefaults::textFieldFontSize() {
+    return 13.0;
+}
+double KRDefaults::textFieldBorderedTextInset() {
+    return 3.0;
+}
+double KRDefaults::focusRingWidth() {
+    return 3.0;
+}
+
 QColor KRDefaults::clearColor() {
     return QColor(0, 0, 0, 0);
 }

@@ -20,6 +20,16 @@ public:
     static QColor vantorBlue3Color();            // light accent blue (selection fills)
     static QColor vantorBlue8Color();            // saturated accent blue
 
+    // Text fields ----------------------------------------------------------------------------------------
+    static QColor textFieldBorderColor();
+    static QColor textFieldBackgroundColor();
+    static QColor keyboardFocusIndicatorColor();
+    static QColor selectedTextBackgroundColor();
+    static double textFieldFontSize();
+    // How far a bordered field's text sits inside its border, on each side.
+    static double textFieldBorderedTextInset();
+    static double focusRingWidth();
+
     static QColor clearColor(); // transparent black
     static QColor whiteColor();
     static QColor blackColor();

@@ -2,6 +2,7 @@
 
 #include "Animation/KRAnimationEngine.h"
 #include "Foundation/KRClock.h"
+#include "Text/KRTextView.h"
 #include "Views/KRCursor.h"
 #include "Views/KRRenderer.h"
 #include "Views/KRTextInputClient.h"
@@ -287,6 +288,8 @@ bool modifierKey(int key, KREventModifierFlags& flag, unsigned short& code) {
 } // namespace
 
 KRHostWidget::KRHostWidget(QWidget* parent) : QWidget(parent), m_window(std::make_unique<KRWindow>()) {
+    // Typing needs key bindings, and text fields a field editor, in every window a host shows.
+    KRTextView::installTextSystem();
     setMouseTracking(true);
     setFocusPolicy(Qt::StrongFocus);
     setAttribute(Qt::WA_InputMethodEnabled);

@@ -13,6 +13,8 @@
 
 // The plain-text type; on the system clipboard it is text/plain.
 inline const QString KRPasteboardTypeString = QStringLiteral("public.utf8-plain-text");
+// Styled text as HTML, under its MIME name so other applications read and write it as it is.
+inline const QString KRPasteboardTypeHTML = QStringLiteral("text/html");
 
 // A place to copy to and paste from, holding one item in several representations (types). A writer
 // declares the types it will provide, in order of preference, then sets the data of each. The general

@@ -3,6 +3,7 @@
 #include "Foundation/KRClock.h"
 #include "Foundation/KRRunLoop.h"
 #include "Platform/KRPasteboard.h"
+#include "Text/KRKeyBindings.h"
 #include "Views/KREvent.h"
 #include "Views/KRWindow.h"
 
@@ -12,6 +13,7 @@
 #include <QTextBlock>
 #include <QTextCursor>
 #include <QTextDocument>
+#include <QTextFragment>
 #include <QTextLayout>
 #include <QUndoCommand>
 #include <QUndoStack>
@@ -190,6 +192,74 @@ KRTextView::KRTextView(KRRect frame) : KRView(frame), m_document(std::make_uniqu
 
 KRTextView::~KRTextView() = default;
 
+void KRTextView::installTextSystem() {
+    if (!KRResponder::keyEventInterpreter()) {
+        KRKeyBindings::install();
+    }
+    if (!KRWindow::hasDefaultFieldEditorFactory()) {
+        KRWindow::setDefaultFieldEditorFactory([] {
+            auto editor = std::make_shared<KRTextView>();
+            editor->setFieldEditor(true);
+            return editor;
+        });
+    }
+}
+
+// Attributes
+// -------------------------------------------------------------------------------------------------------
+
+void KRTextView::setAttributesForRange(const KRTextAttributes& attributes, KRRange range) {
+    QTextCharFormat format = attributes.charFormat();
+    if (!attributes.font) {
+        format.setFont(m_document->defaultFont());
+    }
+    setAttributesForRange(format, range);
+    if (attributes.paragraphStyle) {
+        setFixedLineHeight(attributes.fixedLineHeight());
+    }
+}
+
+KRAttributedString KRTextView::attributedString() const {
+    const QString text = string();
+    KRAttributedString result(text);
+    const std::optional<KRParagraphStyle> paragraphStyle =
+        m_fixedLineHeight > 0.0 ? std::optional(KRParagraphStyle{m_fixedLineHeight, m_fixedLineHeight})
+                                : std::nullopt;
+    for (QTextBlock block = m_document->begin(); block.isValid(); block = block.next()) {
+        for (auto fragment = block.begin(); !fragment.atEnd(); ++fragment) {
+            const QTextFragment piece = fragment.fragment();
+            const QTextCharFormat format = piece.charFormat();
+            KRTextAttributes attributes;
+            attributes.font = format.font();
+            if (format.hasProperty(QTextFormat::ForegroundBrush)) {
+                attributes.foregroundColor = format.foreground().color();
+            }
+            if (format.hasProperty(QTextFormat::FontStrikeOut)) {
+                attributes.strikethroughStyle = format.fontStrikeOut() ? 1 : 0;
+            }
+            attributes.paragraphStyle = paragraphStyle;
+            // A paragraph's newline takes the attributes of the text before it.
+            const bool endsBlock = piece.position() + piece.length() == block.position() + block.length() - 1;
+            const KRUInteger length =
+                static_cast<KRUInteger>(piece.length()) + (endsBlock && block.next().isValid() ? 1 : 0);
+            result.setAttributes(attributes, KRMakeRange(static_cast<KRUInteger>(piece.position()), length));
+        }
+    }
+    return result;
+}
+
+void KRTextView::setAttributedString(const KRAttributedString& string) {
+    const double fixedLineHeight = string.leadingAttributes().fixedLineHeight();
+    if (fixedLineHeight > 0.0) {
+        m_fixedLineHeight = fixedLineHeight;
+    }
+    setString(string.string());
+    for (const KRAttributedString::Run& run : string.runs()) {
+        setAttributesForRange(run.attributes, run.range);
+    }
+    setNeedsDisplay();
+}
+
 // Text
 // -------------------------------------------------------------------------------------------------------
 
@@ -351,6 +421,18 @@ void KRTextView::insertTextReplacementRange(const QString& text, KRRange replace
 }
 
 void KRTextView::replaceRange(int from, int to, const QString& text, bool typing) {
+    const QString inserted = normalizedNewlines(text);
+    performEdit(from, to, typing, [this, &inserted](int start, int end) {
+        rawReplace(start, end, inserted, m_typingAttributes);
+    });
+}
+
+void KRTextView::replaceRangeWithFragment(int from, int to, const QTextDocumentFragment& fragment) {
+    performEdit(from, to, false,
+                [this, &fragment](int start, int end) { rawReplaceWithFragment(start, end, fragment); });
+}
+
+void KRTextView::performEdit(int from, int to, bool typing, const std::function<void(int, int)>& edit) {
     if (!m_editable) {
         return;
     }
@@ -359,7 +441,6 @@ void KRTextView::replaceRange(int from, int to, const QString& text, bool typing
     if (from > to) {
         std::swap(from, to);
     }
-    const QString inserted = normalizedNewlines(text);
     QUndoStack* stack = undoManager();
     const std::pair<int, int> selectionBefore{m_anchor, m_head};
     QTextDocumentFragment removed;
@@ -369,13 +450,14 @@ void KRTextView::replaceRange(int from, int to, const QString& text, bool typing
         cursor.setPosition(to, QTextCursor::KeepAnchor);
         removed = cursor.selection();
     }
-    rawReplace(from, to, inserted, m_typingAttributes);
-    const int caret = from + static_cast<int>(inserted.length());
+    const int lengthAfterRemoval = documentLength() - (to - from);
+    edit(from, to);
+    const int insertedLength = documentLength() - lengthAfterRemoval;
+    const int caret = from + insertedLength;
     m_goalX.reset();
     setSelection(caret, caret);
     if (stack) {
-        stack->push(new KRTextViewEditCommand(this, from, removed, to - from,
-                                              static_cast<int>(inserted.length()), typing,
+        stack->push(new KRTextViewEditCommand(this, from, removed, to - from, insertedLength, typing,
                                               typing && m_coalesceTyping, selectionBefore, {caret, caret}));
     }
     m_coalesceTyping = typing;
@@ -420,9 +502,20 @@ void KRTextView::deleteRange(int from, int to) {
 void KRTextView::textChanged() {
     noteCaretChanged();
     setNeedsDisplay();
-    if (KRTextViewDelegate* delegate = this->delegate()) {
-        delegate->textDidChange(this);
+    KRTextViewDelegate* delegate = this->delegate();
+    if (!delegate) {
+        return;
     }
+    if (!m_beganEditing) {
+        m_beganEditing = true;
+        delegate->textDidBeginEditing(this);
+        // The delegate may have let go of us.
+        delegate = this->delegate();
+        if (!delegate) {
+            return;
+        }
+    }
+    delegate->textDidChange(this);
 }
 
 // Commands
@@ -611,18 +704,13 @@ bool KRTextView::performCommand(const KRSelector& selector) {
             QTextCursor cursor(m_document.get());
             cursor.setPosition(start);
             cursor.setPosition(end, QTextCursor::KeepAnchor);
-            const std::shared_ptr<KRPasteboard> pasteboard = KRPasteboard::generalPasteboard();
-            pasteboard->declareTypes({KRPasteboardTypeString}, this);
-            pasteboard->setString(plainTextFromDocumentText(cursor.selectedText()), KRPasteboardTypeString);
+            writeSelectionToPasteboard(cursor.selection(), *KRPasteboard::generalPasteboard());
             if (name == QLatin1String("cut:")) {
                 deleteRange(start, end);
             }
         }
     } else if (name == QLatin1String("paste:")) {
-        if (const std::optional<QString> text =
-                KRPasteboard::generalPasteboard()->stringForType(KRPasteboardTypeString)) {
-            replaceRange(start, end, *text, false);
-        }
+        pasteFromPasteboard(start, end);
     } else if (name == QLatin1String("undo:")) {
         if (QUndoStack* stack = undoManager()) {
             stack->undo();
@@ -634,6 +722,39 @@ bool KRTextView::performCommand(const KRSelector& selector) {
     }
     // noop: is handled by doing nothing.
     return true;
+}
+
+void KRTextView::writeSelectionToPasteboard(const QTextDocumentFragment& selection,
+                                            KRPasteboard& pasteboard) {
+    const QString plain = plainTextFromDocumentText(selection.toRawText());
+    if (!m_richText) {
+        pasteboard.declareTypes({KRPasteboardTypeString}, this);
+        pasteboard.setString(plain, KRPasteboardTypeString);
+        return;
+    }
+    pasteboard.declareTypes({KRPasteboardTypeHTML, KRPasteboardTypeString}, this);
+    pasteboard.setString(selection.toHtml(), KRPasteboardTypeHTML);
+    pasteboard.setString(plain, KRPasteboardTypeString);
+}
+
+void KRTextView::pasteFromPasteboard(int start, int end) {
+    const std::shared_ptr<KRPasteboard> pasteboard = KRPasteboard::generalPasteboard();
+    const std::optional<QString> plain = pasteboard->stringForType(KRPasteboardTypeString);
+    if (m_richText) {
+        if (const std::optional<QString> html = pasteboard->stringForType(KRPasteboardTypeHTML)) {
+            const QTextDocumentFragment fragment = QTextDocumentFragment::fromHtml(*html);
+            const QString styledText = fragment.toPlainText();
+            // Markup that is empty, or says something else than the plain copy beside it, is not trusted.
+            const bool agrees = !plain || styledText.simplified() == plain->simplified();
+            if (!styledText.isEmpty() && agrees) {
+                replaceRangeWithFragment(start, end, fragment);
+                return;
+            }
+        }
+    }
+    if (plain) {
+        replaceRange(start, end, *plain, false);
+    }
 }
 
 void KRTextView::moveVertically(bool down, bool modifySelection) {
@@ -1000,15 +1121,17 @@ bool KRTextView::becomeFirstResponder() {
     setNeedsDisplay();
     // The window records us after this returns; the first tick checks again.
     scheduleBlink();
-    if (KRTextViewDelegate* delegate = this->delegate()) {
-        delegate->textDidBeginEditing(this);
-    }
+    m_beganEditing = false;
     return true;
 }
 
 bool KRTextView::resignFirstResponder() {
     unmarkText();
     setNeedsDisplay();
+    m_beganEditing = false;
+    if (KRTextViewDelegate* delegate = this->delegate()) {
+        delegate->textDidEndEditing(this, KRSelector());
+    }
     return true;
 }
 

@@ -4,6 +4,7 @@
 #include "Foundation/KRRange.h"
 #include "Foundation/KRSelector.h"
 #include "Foundation/KRWeakDelegate.h"
+#include "Text/KRAttributedString.h"
 #include "Views/KRTextInputClient.h"
 #include "Views/KRView.h"
 
@@ -12,9 +13,11 @@
 #include <QTextCharFormat>
 #include <QTextDocumentFragment>
 
+#include <functional>
 #include <memory>
 #include <optional>
 
+class KRPasteboard;
 class KRTextView;
 class QTextBlock;
 class QTextDocument;
@@ -31,8 +34,10 @@ public:
     virtual bool textViewDoCommandBySelector(KRTextView*, const KRSelector&) { return false; }
     // After every edit of the text (typing, deleting, pasting, undo).
     virtual void textDidChange(KRTextView*) {}
+    // Before the first change after the view became first responder.
     virtual void textDidBeginEditing(KRTextView*) {}
-    // A field editor ends editing on Return, Tab, Backtab or Escape; movement names the command.
+    // A field editor ends editing on Return, Tab, Backtab or Escape, and any text view when it resigns first
+    // responder; movement names the command, or is empty for a resignation.
     virtual void textDidEndEditing(KRTextView*, const KRSelector&) {}
     // Where typing registers its undo steps; null means the edits are not undoable.
     virtual QUndoStack* undoManagerForTextView(KRTextView*) { return nullptr; }
@@ -47,6 +52,10 @@ public:
 
     explicit KRTextView(KRRect frame = KRRectZero);
     ~KRTextView() override;
+
+    // Installs the key bindings (unless an interpreter is installed) and a text view as every window's
+    // default field editor (unless a factory is set). Host widgets and text fields call it when created.
+    static void installTextSystem();
 
     // Text -----------------------------------------------------------------------------------------------
     QString string() const;
@@ -66,7 +75,15 @@ public:
     double fixedLineHeight() const { return m_fixedLineHeight; }
     void setFixedLineHeight(double height);
     void setAttributesForRange(const QTextCharFormat& attributes, KRRange range);
-
+    // Replaces the attributes over range; a paragraph style with a fixed line height applies to all text.
+    void setAttributesForRange(const KRTextAttributes& attributes, KRRange range);
+    // The text with its attributes; every run carries its font, and its colour and strikethrough when set.
+    KRAttributedString attributedString() const;
+    // Replaces text and attributes (not undoable, no textDidChange); the caret goes to the end.
+    void setAttributedString(const KRAttributedString& string);
+    // Whether pasting keeps styled text (HTML on the pasteboard) rather than only its plain string.
+    bool isRichText() const { return m_richText; }
+    void setRichText(bool richText) { m_richText = richText; }
     // Selection ------------------------------------------------------------------------------------------
     KRRange selectedRange() const;
     void setSelectedRange(KRRange range);
@@ -174,6 +191,11 @@ private:
 
     // Replaces [from, to) through the undo stack (when there is one); typing steps coalesce.
     void replaceRange(int from, int to, const QString& text, bool typing);
+    void replaceRangeWithFragment(int from, int to, const QTextDocumentFragment& fragment);
+    // Runs edit on [from, to) as one undoable change, then puts the caret after what it inserted.
+    void performEdit(int from, int to, bool typing, const std::function<void(int, int)>& edit);
+    void writeSelectionToPasteboard(const QTextDocumentFragment& selection, KRPasteboard& pasteboard);
+    void pasteFromPasteboard(int start, int end);
     // Edits the document with no undo registration or notification.
     void rawReplace(int from, int to, const QString& text, const QTextCharFormat& format);
     void rawReplaceWithFragment(int from, int to, const QTextDocumentFragment& fragment);
@@ -196,6 +218,8 @@ private:
     bool m_stillSelecting = false;
     bool m_fieldEditor = false;
     bool m_editable = true;
+    bool m_richText = false;
+    bool m_beganEditing = false;
     bool m_coalesceTyping = false;
     bool m_blinkScheduled = false;
     std::optional<double> m_goalX;

@@ -386,6 +386,10 @@ std::shared_ptr<KRView> KRWindow::fieldEditor(bool createFlag, KRObject*) {
     return m_fieldEditor;
 }
 
+bool KRWindow::hasDefaultFieldEditorFactory() {
+    return static_cast<bool>(fieldEditorFactory());
+}
+
 void KRWindow::setDefaultFieldEditorFactory(FieldEditorFactory factory) {
     fieldEditorFactory() = std::move(factory);
 }

@@ -47,6 +47,7 @@ public:
     std::shared_ptr<KRView> fieldEditor(bool createFlag, KRObject* forObject);
     using FieldEditorFactory = std::function<std::shared_ptr<KRView>()>;
     static void setDefaultFieldEditorFactory(FieldEditorFactory factory);
+    static bool hasDefaultFieldEditorFactory();
 
     // Key view loop --------------------------------------------------------------------------------------
     // Walks the views that canBecomeKeyView in tree order (or a view's explicit nextKeyView), wrapping

@@ -1,0 +1,201 @@
+// Measuring the titles of a 10,000-item list (mostly one line, some wrapped), against QListWidget laying out
+// the same word-wrapped items; and one keystroke in a field editor holding a 2,000-character title, against
+// QTextEdit taking the same key.
+#include "Support/KRRatioReporter.h"
+#include "Text/KRTextField.h"
+#include "Text/KRTextLayout.h"
+#include "Text/KRTextView.h"
+#include "Views/KRWindow.h"
+
+#include <QKeyEvent>
+#include <QListWidget>
+#include <QTextEdit>
+
+#include <benchmark/benchmark.h>
+
+#include <memory>
+#include <random>
+#include <vector>
+
+namespace {
+
+constexpr double kTitleWidth = 300.0;
+constexpr double kLineHeight = 18.0;
+constexpr double kUnbounded = 99999999.0;
+constexpr int kLongTitleLength = 2000;
+
+QFont titleFont() {
+    QFont font(QStringLiteral("DejaVu Sans"));
+    font.setPixelSize(13);
+    return font;
+}
+
+KRTextAttributes titleAttributes() {
+    KRTextAttributes attributes;
+    attributes.font = titleFont();
+    attributes.foregroundColor = QColor(0x25, 0x27, 0x2C);
+    attributes.strikethroughStyle = 0;
+    attributes.paragraphStyle = KRParagraphStyle{kLineHeight, kLineHeight};
+    return attributes;
+}
+
+// Seven in ten titles are a few words; the rest run to two or three lines.
+std::vector<QString> makeTitles(int count) {
+    static const QStringList words = {
+        QStringLiteral("buy"),      QStringLiteral("milk"),    QStringLiteral("call"),
+        QStringLiteral("the"),      QStringLiteral("plumber"), QStringLiteral("renew"),
+        QStringLiteral("passport"), QStringLiteral("book"),    QStringLiteral("flights"),
+        QStringLiteral("Lisbon"),   QStringLiteral("report"),  QStringLiteral("review"),
+        QStringLiteral("budget"),   QStringLiteral("and"),     QStringLiteral("before"),
+        QStringLiteral("Friday"),   QStringLiteral("email"),   QStringLiteral("Sam"),
+        QStringLiteral("about"),    QStringLiteral("slides")};
+    std::mt19937 random(42);
+    std::vector<QString> titles;
+    titles.reserve(static_cast<std::size_t>(count));
+    for (int index = 0; index < count; ++index) {
+        const bool wrapped = random() % 10 >= 7;
+        const int wordCount =
+            wrapped ? 14 + static_cast<int>(random() % 14) : 2 + static_cast<int>(random() % 4);
+        QStringList title;
+        for (int word = 0; word < wordCount; ++word) {
+            title << words[static_cast<qsizetype>(random() % static_cast<unsigned>(words.size()))];
+        }
+        titles.push_back(title.join(QLatin1Char(' ')));
+    }
+    return titles;
+}
+
+void BM_KRTextField_MeasureTitles(benchmark::State& state) {
+    const std::vector<QString> titles = makeTitles(static_cast<int>(state.range(0)));
+    std::vector<KRAttributedString> values;
+    for (const QString& title : titles) {
+        values.emplace_back(title, titleAttributes());
+    }
+    KRTextField field(KRRectMake(0, 0, kTitleWidth, kLineHeight));
+    field.setBordered(false);
+    for (auto _ : state) {
+        double total = 0.0;
+        for (const KRAttributedString& value : values) {
+            // Each new value drops the cached answers, so every title is measured afresh.
+            field.setAttributedStringValue(value);
+            total += field.sizeThatFits(KRSizeMake(kTitleWidth, kUnbounded)).height;
+            total += field.sizeThatFits(KRSizeMake(kUnbounded, kUnbounded)).height;
+        }
+        benchmark::DoNotOptimize(total);
+    }
+    state.SetItemsProcessed(state.iterations() * state.range(0));
+}
+
+// The same measurements without the single-line shortcut, to show what it saves.
+void BM_KRTextLayout_MeasureTitlesFullLayout(benchmark::State& state) {
+    const std::vector<QString> titles = makeTitles(static_cast<int>(state.range(0)));
+    std::vector<KRAttributedString> values;
+    for (const QString& title : titles) {
+        values.emplace_back(title, titleAttributes());
+    }
+    for (auto _ : state) {
+        double total = 0.0;
+        for (const KRAttributedString& value : values) {
+            total += KRTextLayout(value, kTitleWidth, titleFont(), kLineHeight).height();
+            total += KRTextLayout(value, kUnbounded, titleFont(), kLineHeight).height();
+        }
+        benchmark::DoNotOptimize(total);
+    }
+    state.SetItemsProcessed(state.iterations() * state.range(0));
+}
+
+void BM_QListWidget_MeasureTitles(benchmark::State& state) {
+    const std::vector<QString> titles = makeTitles(static_cast<int>(state.range(0)));
+    QListWidget list;
+    list.setWordWrap(true);
+    list.setFont(titleFont());
+    list.resize(static_cast<int>(kTitleWidth), 600);
+    for (const QString& title : titles) {
+        list.addItem(title);
+    }
+    for (auto _ : state) {
+        // Lays every item out afresh, asking its delegate for the wrapped size.
+        list.doItemsLayout();
+        benchmark::DoNotOptimize(list.visualItemRect(list.item(list.count() - 1)));
+    }
+    state.SetItemsProcessed(state.iterations() * state.range(0));
+}
+
+QString longTitle() {
+    QString title;
+    const std::vector<QString> words = makeTitles(400);
+    for (const QString& phrase : words) {
+        title += phrase + QLatin1Char(' ');
+        if (title.size() >= kLongTitleLength) {
+            break;
+        }
+    }
+    return title.left(kLongTitleLength);
+}
+
+// One keystroke: the character goes in, the field hears of it, and the field and its editor are measured
+// as a row would measure them; then a Backspace takes it out the same way. Two keystrokes per iteration.
+void BM_KRTextField_Keystroke(benchmark::State& state) {
+    KRTextView::installTextSystem();
+    KRWindow window;
+    auto content = std::make_shared<KRView>(KRRectMake(0, 0, kTitleWidth, 2000));
+    window.setContentView(content);
+    auto field = std::make_shared<KRTextField>(KRRectMake(0, 0, kTitleWidth, 1000));
+    field->setBordered(false);
+    field->setAttributedStringValue(KRAttributedString(longTitle(), titleAttributes()));
+    content->addSubview(field);
+    window.makeFirstResponder(field.get());
+    KRTextView* editor = field->currentEditor();
+    editor->setSelectedRange(KRMakeRange(kLongTitleLength / 2, 0));
+    const auto measure = [&] {
+        benchmark::DoNotOptimize(field->sizeThatFits(KRSizeMake(kTitleWidth, kUnbounded)));
+        benchmark::DoNotOptimize(editor->insertionPointRect());
+    };
+    for (auto _ : state) {
+        editor->insertText(QStringLiteral("a"));
+        measure();
+        editor->doCommandBySelector(KRSelector("deleteBackward:"));
+        measure();
+    }
+    state.SetItemsProcessed(state.iterations() * 2);
+    window.makeFirstResponder(nullptr);
+}
+
+void BM_QTextEdit_Keystroke(benchmark::State& state) {
+    QTextEdit edit;
+    edit.setFont(titleFont());
+    edit.resize(static_cast<int>(kTitleWidth), 1000);
+    edit.setPlainText(longTitle());
+    QTextCursor cursor = edit.textCursor();
+    cursor.setPosition(kLongTitleLength / 2);
+    edit.setTextCursor(cursor);
+    QKeyEvent letter(QEvent::KeyPress, Qt::Key_A, Qt::NoModifier, QStringLiteral("a"));
+    QKeyEvent backspace(QEvent::KeyPress, Qt::Key_Backspace, Qt::NoModifier);
+    const auto measure = [&] {
+        benchmark::DoNotOptimize(edit.document()->size());
+        benchmark::DoNotOptimize(edit.cursorRect());
+    };
+    for (auto _ : state) {
+        QApplication::sendEvent(&edit, &letter);
+        measure();
+        QApplication::sendEvent(&edit, &backspace);
+        measure();
+    }
+    state.SetItemsProcessed(state.iterations() * 2);
+}
+
+} // namespace
+
+BENCHMARK(BM_KRTextField_MeasureTitles)->Arg(10000)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_KRTextLayout_MeasureTitlesFullLayout)->Arg(10000)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_QListWidget_MeasureTitles)->Arg(10000)->Unit(benchmark::kMillisecond);
+BENCHMARK(BM_KRTextField_Keystroke)->Arg(2000)->Unit(benchmark::kMicrosecond);
+BENCHMARK(BM_QTextEdit_Keystroke)->Arg(2000)->Unit(benchmark::kMicrosecond);
+
+int main(int argc, char** argv) {
+    return KRRunBenchmarksWithRatios(argc, argv,
+                                     {{"measure titles (ms)", "BM_KRTextField_MeasureTitles",
+                                       "BM_QListWidget_MeasureTitles", "QListWidget"},
+                                      {"two keystrokes in a 2,000-character title (us)",
+                                       "BM_KRTextField_Keystroke", "BM_QTextEdit_Keystroke", "QTextEdit"}});
+}

@@ -1,0 +1,243 @@
+#include "Text/KRTextFieldCell.h"
+
+#include "Controls/KRDefaults.h"
+#include "Text/KRTextField.h"
+#include "Text/KRTextLayout.h"
+#include "Text/KRTextView.h"
+#include "Views/KRView.h"
+#include "Views/KRWindow.h"
+
+#include <QPainter>
+
+#include <algorithm>
+
+KRTextFieldCell::KRTextFieldCell(const QString& string)
+    : m_value(string), m_font(KRDefaults::regularFontOfSize(KRDefaults::textFieldFontSize())),
+      m_textColor(KRDefaults::blackColor()), m_backgroundColor(KRDefaults::textFieldBackgroundColor()),
+      m_editable(false), m_selectable(false) {}
+
+KRTextFieldCell::~KRTextFieldCell() {
+    if (m_editor) {
+        endEditing(m_editor.get());
+    }
+}
+
+// Value
+// ------------------------------------------------------------------------------------------------------
+
+void KRTextFieldCell::setStringValue(const QString& string) {
+    setAttributedStringValue(KRAttributedString(string));
+}
+
+void KRTextFieldCell::setAttributedStringValue(const KRAttributedString& value) {
+    if (value == m_value) {
+        return;
+    }
+    m_value = value;
+    valueDidChange();
+}
+
+void KRTextFieldCell::setPlaceholderString(const QString& string) {
+    setPlaceholderAttributedString(KRAttributedString(string));
+}
+
+void KRTextFieldCell::setPlaceholderAttributedString(const KRAttributedString& placeholder) {
+    m_placeholder = placeholder;
+}
+
+void KRTextFieldCell::valueDidChange() {
+    m_sizeCache = {};
+}
+
+// Looks
+// ------------------------------------------------------------------------------------------------------
+
+void KRTextFieldCell::setFont(const QFont& font) {
+    m_font = font;
+    valueDidChange();
+}
+
+void KRTextFieldCell::setTextColor(const QColor& color) {
+    m_textColor = color;
+}
+
+void KRTextFieldCell::setBackgroundColor(const QColor& color) {
+    m_backgroundColor = color;
+}
+
+void KRTextFieldCell::setDrawsBackground(bool draws) {
+    m_drawsBackground = draws;
+}
+
+void KRTextFieldCell::setBordered(bool bordered) {
+    m_bordered = bordered;
+    valueDidChange();
+}
+
+void KRTextFieldCell::setEditable(bool editable) {
+    m_editable = editable;
+}
+
+void KRTextFieldCell::setLineBreakMode(int mode) {
+    m_lineBreakMode = mode;
+    valueDidChange();
+}
+
+bool KRTextFieldCell::wraps() const {
+    return m_lineBreakMode == KRLineBreakByWordWrapping || m_lineBreakMode == KRLineBreakByCharWrapping;
+}
+
+double KRTextFieldCell::fixedLineHeight() const {
+    return m_value.leadingAttributes().fixedLineHeight();
+}
+
+// Measuring and drawing
+// ------------------------------------------------------------------------------------------------------
+
+KRRect KRTextFieldCell::titleRectForBounds(KRRect bounds) const {
+    if (!m_bordered) {
+        return bounds;
+    }
+    const double inset = KRDefaults::textFieldBorderedTextInset();
+    return KRRectInset(bounds, inset, inset);
+}
+
+KRSize KRTextFieldCell::cellSizeForBounds(KRRect bounds) const {
+    const KRRect title = titleRectForBounds(bounds);
+    const double width = wraps() ? title.size.width : 0.0;
+    const KRSize insets{bounds.size.width - title.size.width, bounds.size.height - title.size.height};
+    for (const CachedSize& cached : m_sizeCache) {
+        if (cached.width == width) {
+            return KRSize{cached.size.width + insets.width, cached.size.height + insets.height};
+        }
+    }
+    const KRSize size = KRTextLayout::measure(m_value, width, m_font, fixedLineHeight());
+    m_sizeCache[m_nextCacheSlot] = CachedSize{width, size};
+    m_nextCacheSlot = static_cast<std::uint8_t>((m_nextCacheSlot + 1) % m_sizeCache.size());
+    return KRSize{size.width + insets.width, size.height + insets.height};
+}
+
+void KRTextFieldCell::drawWithFrameInView(KRRect frame, KRView*, QPainter& painter) const {
+    const QRectF rect = KRToQRectF(frame);
+    if (m_drawsBackground) {
+        painter.fillRect(rect, m_backgroundColor);
+    }
+    if (m_bordered) {
+        painter.save();
+        painter.setPen(QPen(KRDefaults::textFieldBorderColor(), 1.0));
+        painter.drawRect(rect.adjusted(0.5, 0.5, -0.5, -0.5));
+        painter.restore();
+    }
+    const KRTextView* editor = currentEditor();
+    const bool valueIsEmpty = editor ? editor->length() == 0 : m_value.string().isEmpty();
+    const KRAttributedString* shown = nullptr;
+    QColor color = m_textColor;
+    if (!valueIsEmpty && !editor) {
+        shown = &m_value;
+    } else if (valueIsEmpty && !m_placeholder.string().isEmpty()) {
+        shown = &m_placeholder;
+        color = KRDefaults::taskDetailsPlaceholderColor();
+    }
+    if (!shown) {
+        return;
+    }
+    const KRRect title = titleRectForBounds(frame);
+    painter.save();
+    if (!wraps()) {
+        painter.setClipRect(KRToQRectF(title), Qt::IntersectClip);
+    }
+    const KRTextLayout layout(*shown, wraps() ? title.size.width : 0.0, m_font,
+                              shown->leadingAttributes().fixedLineHeight());
+    layout.draw(painter, title.origin, color);
+    painter.restore();
+}
+
+// Editing
+// ------------------------------------------------------------------------------------------------------
+
+std::shared_ptr<KRTextView> KRTextFieldCell::fieldEditorForView(KRView*) {
+    return nullptr;
+}
+
+KRTextView* KRTextFieldCell::currentEditor() const {
+    if (!m_editor || !m_editorClipView || m_editor->superview() != m_editorClipView.get()) {
+        return nullptr;
+    }
+    return m_editor.get();
+}
+
+void KRTextFieldCell::loadEditor(KRTextView& editor) const {
+    editor.setDefaultFont(m_font);
+    editor.setTextColor(m_textColor);
+    editor.setFixedLineHeight(fixedLineHeight());
+    editor.setEditable(m_editable);
+    editor.setRichText(m_allowsEditingTextAttributes);
+    KRTextAttributes typing = m_value.leadingAttributes();
+    if (!typing.font) {
+        typing.font = m_font;
+    }
+    editor.setTypingAttributes(typing.charFormat());
+    editor.setAttributedString(m_value);
+}
+
+void KRTextFieldCell::attachEditor(KRRect frame, KRView* controlView,
+                                   const std::shared_ptr<KRTextView>& editor, KRTextField* delegate) {
+    if (!editor || !controlView) {
+        return;
+    }
+    if (m_editor) {
+        endEditing(m_editor.get());
+    }
+    loadEditor(*editor);
+    m_editorClipView = std::make_shared<KRView>(frame);
+    m_editorClipView->setIdentifier(QStringLiteral("fieldEditorClipView"));
+    controlView->addSubview(m_editorClipView);
+    m_editorClipView->addSubview(editor);
+    editor->setFrame(KRRect{KRPointZero, frame.size});
+    editor->setDelegate(delegate);
+    m_editor = editor;
+    controlView->setNeedsDisplay();
+    if (KRWindow* window = controlView->window()) {
+        window->makeFirstResponder(editor.get());
+    }
+}
+
+void KRTextFieldCell::editWithFrameInViewEditorDelegateEvent(KRRect frame, KRView* controlView,
+                                                             const std::shared_ptr<KRTextView>& editor,
+                                                             KRTextField* delegate, const KREvent* event) {
+    attachEditor(frame, controlView, editor, delegate);
+    if (event && currentEditor() == editor.get()) {
+        editor->mouseDown(*event);
+    }
+}
+
+void KRTextFieldCell::selectWithFrameInViewEditorDelegateStartLength(
+    KRRect frame, KRView* controlView, const std::shared_ptr<KRTextView>& editor, KRTextField* delegate,
+    KRInteger start, KRInteger length) {
+    attachEditor(frame, controlView, editor, delegate);
+    if (currentEditor() == editor.get()) {
+        editor->setSelectedRange(KRMakeRange(static_cast<KRUInteger>(std::max<KRInteger>(0, start)),
+                                             static_cast<KRUInteger>(std::max<KRInteger>(0, length))));
+    }
+}
+
+void KRTextFieldCell::endEditing(KRTextView* editor) {
+    if (!editor || editor != m_editor.get()) {
+        return;
+    }
+    // A composition in progress is committed while the field still hears about changes.
+    editor->unmarkText();
+    const std::shared_ptr<KRTextView> keepAlive = std::move(m_editor);
+    const std::shared_ptr<KRView> clipView = std::move(m_editorClipView);
+    keepAlive->setDelegate(nullptr);
+    KRView* controlView = clipView ? clipView->superview() : nullptr;
+    if (keepAlive->superview() == clipView.get()) {
+        keepAlive->removeFromSuperview();
+    }
+    if (clipView) {
+        clipView->removeFromSuperview();
+    }
+    if (controlView) {
+        controlView->setNeedsDisplay();
+    }
+}
