@@ -250,7 +250,16 @@ KRSize KRTextField::sizeThatFits(KRSize size) const {
     }
     // Measure what is being typed, not what the field held when editing began.
     const_cast<KRTextField*>(this)->validateEditing();
-    return m_cell->cellSizeForBounds(KRRect{KRPointZero, size});
+    const KRRect bounds{KRPointZero, size};
+    if (const KRTextView* editor = currentEditor(); editor && m_cell->wraps()) {
+        // The editor has just laid the same text out at this width, and lays it out as the cell would.
+        const KRRect title = m_cell->titleRectForBounds(bounds);
+        if (title.size.width == editor->frame().size.width &&
+            editor->fixedLineHeight() == m_cell->fixedLineHeight()) {
+            return KRSize{size.width, editor->usedHeight() + size.height - title.size.height};
+        }
+    }
+    return m_cell->cellSizeForBounds(bounds);
 }
 
 void KRTextField::draw(QPainter& painter, KRRect) {

@@ -133,6 +133,10 @@ std::optional<KRSize> KRTextLayout::measureSingleLine(const KRAttributedString& 
     if (std::any_of(visible.begin(), visible.end(), needsFullLayout)) {
         return std::nullopt;
     }
+    // Too wide to wrap: the line fits whatever it holds, and the caller gets the width it gave.
+    if (width >= kMaximumLineWidth) {
+        return KRSize{width, fixedLineHeight};
+    }
     // Trailing spaces hang past the end of a line, so they never make it wrap.
     while (!visible.isEmpty() && visible.back() == QLatin1Char(' ')) {
         visible.chop(1);

@@ -38,9 +38,10 @@ public:
     double naturalWidth() const { return m_naturalWidth; }
     void draw(QPainter& painter, KRPoint origin, const QColor& defaultColor) const;
 
-    // The size text needs at width: the given width (or, unbounded, the natural width rounded up) by the
+    // The size text needs at width: the width as given (for 0 or less, the natural width rounded up) by the
     // height of its lines. A single uniformly attributed line with a fixed line height that clearly fits is
-    // answered from the font's metrics without a full layout.
+    // answered from the font's metrics without a full layout, and without even those when the width is
+    // too large to wrap anything.
     static KRSize measure(const KRAttributedString& text, double width, const QFont& defaultFont,
                           double fixedLineHeight);
     // The fast path alone: the size, or nothing when a full layout is needed.
