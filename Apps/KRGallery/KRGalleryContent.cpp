@@ -5,6 +5,7 @@
 #include "Controls/KRDefaults.h"
 #include "Controls/KRImage.h"
 #include "Foundation/KRRunLoop.h"
+#include "Text/KRTextField.h"
 #include "Views/KREvent.h"
 
 #include <QPainter>
@@ -352,6 +353,68 @@ double addClipping(KRView& root, double y) {
     return y + 180;
 }
 
+KRTextAttributes textAttributes(double size, const QColor& color, bool struck = false) {
+    KRTextAttributes attributes;
+    attributes.font = KRDefaults::regularFontOfSize(size);
+    attributes.foregroundColor = color;
+    attributes.strikethroughStyle = struck ? 1 : 0;
+    const double lineHeight = std::ceil(size * 1.4);
+    attributes.paragraphStyle = KRParagraphStyle{lineHeight, lineHeight};
+    return attributes;
+}
+
+std::shared_ptr<KRTextField> addField(KRView& root, KRRect frame, const KRAttributedString& value,
+                                      const QString& caption) {
+    auto field = std::make_shared<KRTextField>(frame);
+    field->setAttributedStringValue(value);
+    field->setFrameSize(KRSizeMake(frame.size.width, field->sizeThatFits(frame.size).height));
+    root.addSubview(field);
+    addLabel(root,
+             KRRectMake(frame.origin.x, field->frame().origin.y + field->frame().size.height + 6, 360, 18),
+             caption);
+    return field;
+}
+
+double addTextFields(KRView& root, double y, std::shared_ptr<KRTextField>& editedField) {
+    y = addSectionTitle(
+        root, y, QStringLiteral("Text fields"),
+        QStringLiteral("KRTextField draws and measures its text exactly as its field editor lays it out."));
+    const double column = 400.0;
+    auto plain =
+        addField(root, KRRectMake(kMargin, y, 340, 30),
+                 KRAttributedString(QStringLiteral("Bordered field, one line"), textAttributes(13, kInk)),
+                 QStringLiteral("bordered, with background"));
+    auto placeholder = addField(root, KRRectMake(kMargin, y + 64, 340, 30), KRAttributedString(QString(), {}),
+                                QStringLiteral("empty, showing its placeholder"));
+    placeholder->setPlaceholderString(QStringLiteral("Checklist"));
+    auto struck = addField(root, KRRectMake(kMargin, y + 128, 340, 30),
+                           KRAttributedString(QStringLiteral("Canceled: strikethrough, grey"),
+                                              textAttributes(13, kSecondaryInk, true)),
+                           QStringLiteral("strikethrough attribute"));
+    auto rightToLeft = addField(
+        root, KRRectMake(kMargin, y + 192, 340, 30),
+        KRAttributedString(QStringLiteral("לקנות חלב ולחם לפני סוף השבוע"), textAttributes(13, kInk)),
+        QStringLiteral("right-to-left text starts at the right"));
+
+    // A wrapped title being edited: the shared field editor sits over the field with a selection.
+    auto tile = makeBox(KRRectMake(kMargin + column, y, 380, 150), Qt::white, 10);
+    tile->setBorderColor(kTileBorder);
+    tile->setBorderWidth(1);
+    root.addSubview(tile);
+    editedField = std::make_shared<KRTextField>(KRRectMake(14, 12, 352, 80));
+    editedField->setBordered(false);
+    editedField->setDrawsBackground(false);
+    editedField->setAttributedStringValue(KRAttributedString(
+        QStringLiteral("Book flights to Lisbon, a hotel near Alfama and a table at the fado place "
+                       "for Saturday night — then tell everybody 🎉"),
+        textAttributes(14, kInk)));
+    editedField->setFrameSize(KRSizeMake(352, editedField->sizeThatFits(KRSizeMake(352, 99999999.0)).height));
+    tile->addSubview(editedField);
+    addLabel(*tile, KRRectMake(14, 118, 352, 18),
+             QStringLiteral("wrapped field being edited, with a selection"));
+    return y + 260;
+}
+
 } // namespace
 
 KRGalleryLabel::KRGalleryLabel(KRRect frame, QString text, double pointSize, QColor color,
@@ -390,6 +453,8 @@ KRGalleryContent KRMakeGalleryContent() {
     y = addLayerLooks(*root, y);
     y = addSubtreeAlpha(*root, y);
     y = addClipping(*root, y);
+    std::shared_ptr<KRTextField> editedField;
+    y = addTextFields(*root, y, editedField);
     root->setFrameSize(KRSizeMake(kContentWidth, y + kMargin));
-    return KRGalleryContent{root, kLegDuration};
+    return KRGalleryContent{root, kLegDuration, editedField, KRMakeRange(40, 19)};
 }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Foundation/KRRange.h"
+#include "Text/KRTextField.h"
 #include "Views/KRView.h"
 
 #include <QColor>
@@ -30,6 +32,9 @@ struct KRGalleryContent {
     std::shared_ptr<KRView> root;
     // How long one leg of the back-and-forth animation takes; half of it shows motion mid-way.
     double animationLegDuration = 0.0;
+    // The field shown being edited once the content is in a window, and the selection it shows.
+    std::shared_ptr<KRTextField> editedField;
+    KRRange editedSelection;
 };
 
 KRGalleryContent KRMakeGalleryContent();

@@ -54,6 +54,9 @@ int main(int argc, char** argv) {
     host->setContentView(content.root);
     host->setResizesContentView(false);
     host->resize(host->sizeHint());
+    if (content.editedField && host->krWindow().makeFirstResponder(content.editedField.get())) {
+        content.editedField->currentEditor()->setSelectedRange(content.editedSelection);
+    }
 
     if (screenshot) {
         KRRunLoop::main().runUntilIdle();

@@ -278,8 +278,9 @@ void KRTextField::draw(QPainter& painter, KRRect) {
 }
 
 void KRTextField::drawFocusRingMask(QPainter& painter) {
-    const double inset = KRDefaults::focusRingWidth() * 0.5;
-    painter.drawRect(KRToQRectF(KRRectInset(bounds(), inset, inset)));
+    // The ring surrounds the field, clear of the text.
+    const double outset = KRDefaults::focusRingWidth() * 0.5;
+    painter.drawRect(KRToQRectF(KRRectInset(bounds(), -outset, -outset)));
 }
 
 void KRTextField::setFrameSize(KRSize size) {

@@ -196,7 +196,7 @@ void KRTextFieldCell::attachEditor(KRRect frame, KRView* controlView,
     editor->setFrame(KRRect{KRPointZero, frame.size});
     editor->setDelegate(delegate);
     m_editor = editor;
-    controlView->setNeedsDisplay();
+    setNeedsDisplayWithFocusRing(*controlView);
     if (KRWindow* window = controlView->window()) {
         window->makeFirstResponder(editor.get());
     }
@@ -238,6 +238,11 @@ void KRTextFieldCell::endEditing(KRTextView* editor) {
         clipView->removeFromSuperview();
     }
     if (controlView) {
-        controlView->setNeedsDisplay();
+        setNeedsDisplayWithFocusRing(*controlView);
     }
+}
+
+void KRTextFieldCell::setNeedsDisplayWithFocusRing(KRView& controlView) {
+    const double ring = KRDefaults::focusRingWidth();
+    controlView.setNeedsDisplayInRect(KRRectInset(controlView.bounds(), -ring, -ring));
 }

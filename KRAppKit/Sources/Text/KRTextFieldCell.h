@@ -105,6 +105,8 @@ private:
                       KRTextField* delegate);
     void loadEditor(KRTextView& editor) const;
     void valueDidChange();
+    // Editing starts and ends with the focus ring, which lies just outside the field.
+    static void setNeedsDisplayWithFocusRing(KRView& controlView);
     KRTextAttributes drawingAttributes(const KRTextAttributes& attributes) const;
 
     struct CachedSize {
