@@ -53,6 +53,25 @@ KRView::~KRView() {
     }
 }
 
+// Built in place and never destroyed: reading the defaults allocates nothing, and a view torn down during
+// static destruction still reads valid ones.
+const KRView::Extras& KRView::defaultExtras() {
+    union Holder {
+        Holder() : extras() {}
+        ~Holder() {}
+        Extras extras;
+    };
+    static const Holder holder;
+    return holder.extras;
+}
+
+KRView::Extras& KRView::mutableExtras() {
+    if (!m_extras) {
+        m_extras = std::make_unique<Extras>();
+    }
+    return *m_extras;
+}
+
 // Tree ---------------------------------------------------------------------------------------------------
 
 void KRView::addSubview(const std::shared_ptr<KRView>& view) {
@@ -215,10 +234,10 @@ void KRView::frameDidChange(bool sizeChanged) {
 }
 
 void KRView::setBoundsOrigin(KRPoint origin) {
-    if (origin == m_boundsOrigin) {
+    if (origin == extras().boundsOrigin) {
         return;
     }
-    m_boundsOrigin = origin;
+    mutableExtras().boundsOrigin = origin;
     setNeedsDisplay();
 }
 
@@ -235,6 +254,31 @@ KRRect KRView::presentationFrame() const {
         frame.size = animation->valueAtTime(now).toSize();
     }
     return frame;
+}
+
+// Identity and value -------------------------------------------------------------------------------------
+
+// Each setter leaves the block unallocated while it only writes the default again.
+void KRView::setIdentifier(const QString& identifier) {
+    // A null and an empty identifier answer differently to isNull(), so only null counts as the default.
+    if (!m_extras && identifier.isNull()) {
+        return;
+    }
+    mutableExtras().identifier = identifier;
+}
+
+void KRView::setObjectValue(const QJsonValue& value) {
+    if (!m_extras && value.isNull()) {
+        return;
+    }
+    mutableExtras().objectValue = value;
+}
+
+void KRView::setTag(int tag) {
+    if (!m_extras && tag == 0) {
+        return;
+    }
+    mutableExtras().tag = tag;
 }
 
 // Visibility and layer looks -----------------------------------------------------------------------------
@@ -273,26 +317,29 @@ QColor KRView::presentationBackgroundColor() const {
 }
 
 void KRView::setBorderColor(const QColor& color) {
-    setAnimatedColor(KRBorderColorKey, m_borderColor, color);
+    if (sameColor(color, borderColor())) {
+        return;
+    }
+    setAnimatedColor(KRBorderColorKey, mutableExtras().borderColor, color);
 }
 
 QColor KRView::presentationBorderColor() const {
-    return presentationColor(KRBorderColorKey, m_borderColor);
+    return presentationColor(KRBorderColorKey, borderColor());
 }
 
 void KRView::setBorderWidth(double width) {
-    if (width == m_borderWidth) {
+    if (width == borderWidth()) {
         return;
     }
-    m_borderWidth = width;
+    mutableExtras().borderWidth = width;
     setNeedsDisplay();
 }
 
 void KRView::setCornerRadius(double radius) {
-    if (radius == m_cornerRadius) {
+    if (radius == cornerRadius()) {
         return;
     }
-    m_cornerRadius = radius;
+    mutableExtras().cornerRadius = radius;
     setNeedsDisplay();
 }
 
@@ -305,45 +352,51 @@ void KRView::setMasksToBounds(bool masks) {
 }
 
 void KRView::setShadowOpacity(double opacity) {
-    setAnimatedDouble(KRShadowOpacityKey, nullptr, m_shadowOpacity, opacity);
+    if (opacity == shadowOpacity()) {
+        return;
+    }
+    setAnimatedDouble(KRShadowOpacityKey, nullptr, mutableExtras().shadowOpacity, opacity);
 }
 
 double KRView::presentationShadowOpacity() const {
-    return presentationDouble(KRShadowOpacityKey, m_shadowOpacity);
+    return presentationDouble(KRShadowOpacityKey, shadowOpacity());
 }
 
 void KRView::setShadowRadius(double radius) {
-    if (radius == m_shadowRadius) {
+    if (radius == shadowRadius()) {
         return;
     }
     setNeedsDisplay();
-    m_shadowRadius = radius;
+    mutableExtras().shadowRadius = radius;
     setNeedsDisplay();
 }
 
 void KRView::setShadowOffset(KRSize offset) {
-    if (offset == m_shadowOffset) {
+    if (offset == shadowOffset()) {
         return;
     }
     setNeedsDisplay();
-    m_shadowOffset = offset;
+    mutableExtras().shadowOffset = offset;
     setNeedsDisplay();
 }
 
 void KRView::setShadowColor(const QColor& color) {
-    if (sameColor(color, m_shadowColor)) {
+    if (sameColor(color, shadowColor())) {
         return;
     }
-    m_shadowColor = color;
+    mutableExtras().shadowColor = color;
     setNeedsDisplay();
 }
 
 void KRView::setScale(double scale) {
-    setAnimatedDouble(KRScaleKey, nullptr, m_scale, scale);
+    if (scale == this->scale()) {
+        return;
+    }
+    setAnimatedDouble(KRScaleKey, nullptr, mutableExtras().scale, scale);
 }
 
 double KRView::presentationScale() const {
-    return presentationDouble(KRScaleKey, m_scale);
+    return presentationDouble(KRScaleKey, this->scale());
 }
 
 // The animatable looks share one path: invalidate what is on screen now (a shadow or scale may be
@@ -462,13 +515,14 @@ void KRView::setNeedsDisplay() {
                                   0.25 * std::fabs(start.size.height - m_frame.size.height);
         visual = KRRectInset(KRRectUnion(visual, start), -overshootX, -overshootY);
     }
-    const double shadowOpacity = std::max(m_shadowOpacity, presentationShadowOpacity());
+    const Extras& looks = extras();
+    const double shadowOpacity = std::max(looks.shadowOpacity, presentationShadowOpacity());
     if (shadowOpacity > 0.0) {
-        const double extent = 2.0 * m_shadowRadius +
-                              std::max(std::fabs(m_shadowOffset.width), std::fabs(m_shadowOffset.height));
+        const double extent = 2.0 * looks.shadowRadius + std::max(std::fabs(looks.shadowOffset.width),
+                                                                  std::fabs(looks.shadowOffset.height));
         visual = KRRectInset(visual, -extent, -extent);
     }
-    const double scale = std::max(m_scale, presentationScale());
+    const double scale = std::max(looks.scale, presentationScale());
     if (scale > 1.0) {
         visual = KRRectInset(visual, -visual.size.width * (scale - 1.0) * 0.5,
                              -visual.size.height * (scale - 1.0) * 0.5);
@@ -589,8 +643,22 @@ const std::vector<std::shared_ptr<KRTrackingArea>>& KRView::trackingAreas() cons
 
 // Responder and key views --------------------------------------------------------------------------------
 
+void KRView::setNextResponder(KRResponder* responder) {
+    if (!m_extras && !responder) {
+        return;
+    }
+    mutableExtras().nextResponder.reset(responder);
+}
+
+void KRView::setNextKeyView(KRView* view) {
+    if (!m_extras && !view) {
+        return;
+    }
+    mutableExtras().nextKeyView.reset(view);
+}
+
 KRResponder* KRView::nextResponder() const {
-    if (KRResponder* explicitNext = m_nextResponder.get()) {
+    if (KRResponder* explicitNext = extras().nextResponder.get()) {
         return explicitNext;
     }
     if (m_superview) {

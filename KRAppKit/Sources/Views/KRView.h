@@ -27,8 +27,10 @@ enum class KRWindowOrderingMode { Below = -1, Out = 0, Above = 1 };
 // flipped (origin top left, y grows downward). A superview owns its subviews.
 //
 // Setters store their value and mark what must be redone (layout or display); the window runs one pass
-// per turn. Inside KRView::performAnimated, changes of frame, alpha, colours, shadow opacity and scale
-// start implicit animations from what is on screen (the presentation value) to the new model value.
+// per turn. Looks and identity that most views leave at their defaults live in a block allocated by the
+// first setter that changes one of them, so a plain view stays small. Inside KRView::performAnimated, changes
+// of frame, alpha, colours, shadow opacity and scale start implicit animations from what is on screen (the
+// presentation value) to the new model value.
 class KRView : public KRResponder, public KRAnimatable {
 public:
     explicit KRView(KRRect frame = KRRectZero);
@@ -58,18 +60,18 @@ public:
     virtual void setFrameOrigin(KRPoint origin);
     virtual void setFrameSize(KRSize size);
     // Bounds share the frame's size; their origin shifts the content (scrolling).
-    KRRect bounds() const { return KRRect{m_boundsOrigin, m_frame.size}; }
+    KRRect bounds() const { return KRRect{extras().boundsOrigin, m_frame.size}; }
     void setBoundsOrigin(KRPoint origin);
     // What is on screen now: the model value, or the running animation's current value.
     KRRect presentationFrame() const;
 
     // Identity and value ---------------------------------------------------------------------------------
-    const QString& identifier() const { return m_identifier; }
-    void setIdentifier(const QString& identifier) { m_identifier = identifier; }
-    virtual QJsonValue objectValue() const { return m_objectValue; }
-    virtual void setObjectValue(const QJsonValue& value) { m_objectValue = value; }
-    int tag() const { return m_tag; }
-    void setTag(int tag) { m_tag = tag; }
+    const QString& identifier() const { return extras().identifier; }
+    void setIdentifier(const QString& identifier);
+    virtual QJsonValue objectValue() const { return extras().objectValue; }
+    virtual void setObjectValue(const QJsonValue& value);
+    int tag() const { return extras().tag; }
+    void setTag(int tag);
 
     // Visibility and layer looks ---------------------------------------------------------------------------
     bool isHidden() const { return m_hidden; }
@@ -83,27 +85,27 @@ public:
     QColor backgroundColor() const { return m_backgroundColor; }
     void setBackgroundColor(const QColor& color);
     QColor presentationBackgroundColor() const;
-    QColor borderColor() const { return m_borderColor; }
+    QColor borderColor() const { return extras().borderColor; }
     void setBorderColor(const QColor& color);
     QColor presentationBorderColor() const;
-    double borderWidth() const { return m_borderWidth; }
+    double borderWidth() const { return extras().borderWidth; }
     void setBorderWidth(double width);
-    double cornerRadius() const { return m_cornerRadius; }
+    double cornerRadius() const { return extras().cornerRadius; }
     void setCornerRadius(double radius);
     bool masksToBounds() const { return m_masksToBounds; }
     void setMasksToBounds(bool masks);
     // The shadow falls outside the view, behind its background; it is not clipped by the view itself.
-    double shadowOpacity() const { return m_shadowOpacity; }
+    double shadowOpacity() const { return extras().shadowOpacity; }
     void setShadowOpacity(double opacity);
     double presentationShadowOpacity() const;
-    double shadowRadius() const { return m_shadowRadius; }
+    double shadowRadius() const { return extras().shadowRadius; }
     void setShadowRadius(double radius);
-    KRSize shadowOffset() const { return m_shadowOffset; }
+    KRSize shadowOffset() const { return extras().shadowOffset; }
     void setShadowOffset(KRSize offset);
-    QColor shadowColor() const { return m_shadowColor; }
+    QColor shadowColor() const { return extras().shadowColor; }
     void setShadowColor(const QColor& color);
     // A scale about the view's centre, applied when drawing (hit testing ignores it).
-    double scale() const { return m_scale; }
+    double scale() const { return extras().scale; }
     void setScale(double scale);
     double presentationScale() const;
     // A view that ignores mouse events is skipped by hitTest, with its subtree.
@@ -154,11 +156,11 @@ public:
 
     // Responder and key views ----------------------------------------------------------------------------
     KRResponder* nextResponder() const override;
-    void setNextResponder(KRResponder* responder) { m_nextResponder.reset(responder); }
+    void setNextResponder(KRResponder* responder);
     virtual bool acceptsFirstMouse(const KREvent* event) const;
     virtual bool canBecomeKeyView() const;
-    KRView* nextKeyView() const { return m_nextKeyView.get(); }
-    void setNextKeyView(KRView* view) { m_nextKeyView.reset(view); }
+    KRView* nextKeyView() const { return extras().nextKeyView.get(); }
+    void setNextKeyView(KRView* view);
 
     // Animation ------------------------------------------------------------------------------------------
     // Changes made by animations animate when animated is true, along the curve the block sets on the
@@ -179,6 +181,28 @@ protected:
     friend class KRWindow;
 
 private:
+    // What most views leave at their defaults. The initialisers are the values the getters answer while
+    // the block is absent.
+    struct Extras {
+        KRPoint boundsOrigin;
+        KRSize shadowOffset{0.0, 3.0}; // downward: y grows down
+        double borderWidth = 0.0;
+        double cornerRadius = 0.0;
+        double shadowOpacity = 0.0;
+        double shadowRadius = 3.0;
+        double scale = 1.0;
+        QColor borderColor;
+        QColor shadowColor{0, 0, 0};
+        QString identifier;
+        QJsonValue objectValue;
+        KRWeak<KRResponder> nextResponder;
+        KRWeak<KRView> nextKeyView;
+        int tag = 0;
+    };
+    static const Extras& defaultExtras();
+    const Extras& extras() const { return m_extras ? *m_extras : defaultExtras(); }
+    Extras& mutableExtras();
+
     struct RunningAnimation {
         const char* key;
         KRPropertyAnimation animation;
@@ -195,31 +219,19 @@ private:
     void frameDidChange(bool sizeChanged);
     void detachFromSuperview();
 
+    // List rows are built from about ten views each, so every byte stored here is paid ten times a row.
     KRView* m_superview = nullptr;
     KRWindow* m_window = nullptr;
     std::vector<std::shared_ptr<KRView>> m_subviews;
     KRRect m_frame;
-    KRPoint m_boundsOrigin;
-    QString m_identifier;
-    QJsonValue m_objectValue;
-    int m_tag = 0;
     double m_alphaValue = 1.0;
-    double m_borderWidth = 0.0;
-    double m_cornerRadius = 0.0;
-    double m_shadowOpacity = 0.0;
-    double m_shadowRadius = 3.0;
-    double m_scale = 1.0;
-    KRSize m_shadowOffset{0.0, 3.0}; // downward: y grows down
     QColor m_backgroundColor;
-    QColor m_borderColor;
-    QColor m_shadowColor{0, 0, 0};
+    std::unique_ptr<Extras> m_extras;
+    std::unique_ptr<std::vector<std::shared_ptr<KRTrackingArea>>> m_trackingAreas;
+    std::unique_ptr<std::vector<RunningAnimation>> m_animations;
     bool m_hidden = false;
     bool m_masksToBounds = false;
     bool m_ignoresMouseEvents = false;
     bool m_needsLayout = false;
     bool m_subtreeNeedsLayout = false;
-    KRWeak<KRResponder> m_nextResponder;
-    KRWeak<KRView> m_nextKeyView;
-    std::unique_ptr<std::vector<std::shared_ptr<KRTrackingArea>>> m_trackingAreas;
-    std::unique_ptr<std::vector<RunningAnimation>> m_animations;
 };

@@ -1,0 +1,249 @@
+// What a view costs in memory: its own size, and what its setters allocate.
+#include "Views/KRView.h"
+
+#include <QJsonValue>
+#include <gtest/gtest.h>
+
+#include <cstddef>
+#include <cstdlib>
+#include <new>
+
+// This executable replaces the global allocation functions so the tests below can see what views
+// allocate. Each block carries its size in front, so frees can be subtracted and a counter answers what is
+// still held at rest. Only work on the counting thread while a counter runs is recorded.
+namespace {
+
+constexpr std::size_t kHeaderSize = alignof(std::max_align_t);
+thread_local bool t_counting = false;
+thread_local long long t_liveBytes = 0;
+thread_local std::size_t t_allocationCount = 0;
+
+} // namespace
+
+void* operator new(std::size_t size) {
+    void* block = std::malloc(kHeaderSize + size);
+    if (!block) {
+        throw std::bad_alloc();
+    }
+    *static_cast<std::size_t*>(block) = size;
+    if (t_counting) {
+        t_liveBytes += static_cast<long long>(size);
+        ++t_allocationCount;
+    }
+    return static_cast<char*>(block) + kHeaderSize;
+}
+
+void operator delete(void* memory) noexcept {
+    if (!memory) {
+        return;
+    }
+    void* block = static_cast<char*>(memory) - kHeaderSize;
+    if (t_counting) {
+        t_liveBytes -= static_cast<long long>(*static_cast<std::size_t*>(block));
+    }
+    std::free(block);
+}
+
+void operator delete(void* memory, std::size_t) noexcept {
+    operator delete(memory);
+}
+
+namespace {
+
+struct Allocations {
+    long long liveBytes = 0; // requested bytes not yet freed; the allocator adds its own overhead
+    std::size_t count = 0;   // allocations made, freed or not
+};
+
+class AllocationCounter {
+public:
+    AllocationCounter() {
+        t_liveBytes = 0;
+        t_allocationCount = 0;
+        t_counting = true;
+    }
+    ~AllocationCounter() { t_counting = false; }
+    Allocations stop() {
+        t_counting = false;
+        return Allocations{t_liveBytes, t_allocationCount};
+    }
+};
+
+// Writes every look and identity value the view keeps aside, each at its default.
+void writeDefaults(KRView& view) {
+    view.setBoundsOrigin(KRPoint{0.0, 0.0});
+    view.setIdentifier(QString());
+    view.setObjectValue(QJsonValue());
+    view.setTag(0);
+    view.setBorderColor(QColor());
+    view.setBorderWidth(0.0);
+    view.setCornerRadius(0.0);
+    view.setShadowOpacity(0.0);
+    view.setShadowRadius(3.0);
+    view.setShadowOffset(KRSize{0.0, 3.0});
+    view.setShadowColor(QColor(0, 0, 0));
+    view.setScale(1.0);
+    view.setNextResponder(nullptr);
+    view.setNextKeyView(nullptr);
+}
+
+void expectDefaults(const KRView& view) {
+    EXPECT_EQ(view.bounds(), KRRectMake(0, 0, 30, 40));
+    EXPECT_TRUE(view.identifier().isNull());
+    EXPECT_TRUE(view.objectValue().isNull());
+    EXPECT_EQ(view.tag(), 0);
+    EXPECT_FALSE(view.borderColor().isValid());
+    EXPECT_FALSE(view.presentationBorderColor().isValid());
+    EXPECT_DOUBLE_EQ(view.borderWidth(), 0.0);
+    EXPECT_DOUBLE_EQ(view.cornerRadius(), 0.0);
+    EXPECT_DOUBLE_EQ(view.shadowOpacity(), 0.0);
+    EXPECT_DOUBLE_EQ(view.presentationShadowOpacity(), 0.0);
+    EXPECT_DOUBLE_EQ(view.shadowRadius(), 3.0);
+    EXPECT_EQ(view.shadowOffset(), (KRSize{0.0, 3.0}));
+    EXPECT_EQ(view.shadowColor(), QColor(0, 0, 0));
+    EXPECT_DOUBLE_EQ(view.scale(), 1.0);
+    EXPECT_DOUBLE_EQ(view.presentationScale(), 1.0);
+    EXPECT_EQ(view.nextResponder(), nullptr);
+    EXPECT_EQ(view.nextKeyView(), nullptr);
+}
+
+TEST(KRViewFootprintTest, ViewStaysWithinItsSizeBudget) {
+    // A list row is built from about ten views and should stay within a few kilobytes, so the view itself
+    // must stay small: rarely changed looks belong in the lazily allocated block, not here.
+    EXPECT_LE(sizeof(KRView), 168u);
+}
+
+TEST(KRViewFootprintTest, DefaultsAreAnsweredWithoutAllocating) {
+    KRView view(KRRectMake(10, 20, 30, 40));
+    expectDefaults(view);
+
+    AllocationCounter counter;
+    writeDefaults(view);
+    const Allocations allocations = counter.stop();
+
+    EXPECT_EQ(allocations.count, 0u);
+    expectDefaults(view);
+}
+
+TEST(KRViewFootprintTest, TheFirstChangedLookAllocatesOneBlockForAll) {
+    KRView view(KRRectMake(10, 20, 30, 40));
+
+    AllocationCounter first;
+    view.setCornerRadius(4.0);
+    const Allocations firstAllocations = first.stop();
+    EXPECT_EQ(firstAllocations.count, 1u);
+
+    AllocationCounter rest;
+    view.setBorderWidth(1.0);
+    view.setShadowOpacity(0.5);
+    view.setScale(2.0);
+    view.setTag(7);
+    view.setBoundsOrigin(KRPoint{0.0, 5.0});
+    const Allocations restAllocations = rest.stop();
+    EXPECT_EQ(restAllocations.count, 0u);
+    EXPECT_DOUBLE_EQ(view.cornerRadius(), 4.0);
+    EXPECT_DOUBLE_EQ(view.scale(), 2.0);
+}
+
+TEST(KRViewFootprintTest, ChangedValuesReadBackAndResetToTheDefaults) {
+    KRView view(KRRectMake(10, 20, 30, 40));
+    KRView keyView;
+    KRView responder;
+
+    view.setBoundsOrigin(KRPoint{2.0, 5.0});
+    view.setIdentifier(QStringLiteral("row"));
+    view.setObjectValue(QJsonValue(true));
+    view.setTag(9);
+    view.setBorderColor(QColor(255, 0, 0));
+    view.setBorderWidth(1.5);
+    view.setCornerRadius(6.0);
+    view.setShadowOpacity(0.4);
+    view.setShadowRadius(8.0);
+    view.setShadowOffset(KRSize{1.0, -2.0});
+    view.setShadowColor(QColor(0, 0, 255, 128));
+    view.setScale(0.5);
+    view.setNextResponder(&responder);
+    view.setNextKeyView(&keyView);
+
+    EXPECT_EQ(view.bounds(), KRRectMake(2, 5, 30, 40));
+    EXPECT_EQ(view.identifier(), QStringLiteral("row"));
+    EXPECT_EQ(view.objectValue(), QJsonValue(true));
+    EXPECT_EQ(view.tag(), 9);
+    EXPECT_EQ(view.borderColor(), QColor(255, 0, 0));
+    EXPECT_EQ(view.presentationBorderColor(), QColor(255, 0, 0));
+    EXPECT_DOUBLE_EQ(view.borderWidth(), 1.5);
+    EXPECT_DOUBLE_EQ(view.cornerRadius(), 6.0);
+    EXPECT_DOUBLE_EQ(view.shadowOpacity(), 0.4);
+    EXPECT_DOUBLE_EQ(view.presentationShadowOpacity(), 0.4);
+    EXPECT_DOUBLE_EQ(view.shadowRadius(), 8.0);
+    EXPECT_EQ(view.shadowOffset(), (KRSize{1.0, -2.0}));
+    EXPECT_EQ(view.shadowColor(), QColor(0, 0, 255, 128));
+    EXPECT_DOUBLE_EQ(view.scale(), 0.5);
+    EXPECT_DOUBLE_EQ(view.presentationScale(), 0.5);
+    EXPECT_EQ(view.nextResponder(), &responder);
+    EXPECT_EQ(view.nextKeyView(), &keyView);
+
+    writeDefaults(view);
+    expectDefaults(view);
+}
+
+TEST(KRViewFootprintTest, AnEmptyIdentifierIsKeptApartFromNone) {
+    KRView view;
+    const QString empty = QStringLiteral("");
+    ASSERT_FALSE(empty.isNull());
+    view.setIdentifier(empty);
+    EXPECT_FALSE(view.identifier().isNull());
+    EXPECT_TRUE(view.identifier().isEmpty());
+}
+
+TEST(KRViewFootprintTest, ResponderAndKeyViewReadNullOnceTheirObjectsAreGone) {
+    KRView view;
+    {
+        KRView keyView;
+        KRView responder;
+        view.setNextKeyView(&keyView);
+        view.setNextResponder(&responder);
+        EXPECT_EQ(view.nextKeyView(), &keyView);
+    }
+    EXPECT_EQ(view.nextKeyView(), nullptr);
+    EXPECT_EQ(view.nextResponder(), nullptr);
+}
+
+TEST(KRViewFootprintTest, ViewWithFrameBackgroundAndOneSubviewOwnsLittleHeap) {
+    AllocationCounter counter;
+    auto view = std::make_shared<KRView>();
+    view->setFrame(KRRectMake(0, 0, 320, 28));
+    view->setBackgroundColor(QColor(245, 246, 250));
+    view->addSubview(std::make_shared<KRView>());
+    const Allocations allocations = counter.stop();
+
+    // Both views with their shared_ptr control blocks, and the parent's one subview slot; anything more
+    // means a common setter started allocating.
+    EXPECT_EQ(allocations.count, 3u);
+    EXPECT_LE(allocations.liveBytes, static_cast<long long>(2 * sizeof(KRView) + 64));
+    RecordProperty("heapBytes", static_cast<int>(allocations.liveBytes));
+    ASSERT_EQ(view->subviews().size(), 1u);
+}
+
+TEST(KRViewFootprintTest, RowOfTenViewsStaysUnderThreeKilobytes) {
+    AllocationCounter counter;
+    auto row = std::make_shared<KRView>(KRRectMake(0, 0, 320, 28));
+    row->setBackgroundColor(QColor(255, 255, 255));
+    for (int i = 0; i < 9; ++i) {
+        auto part = std::make_shared<KRView>(KRRectMake(8.0 + 30.0 * i, 4, 20, 20));
+        if (i == 0) {
+            // A rounded, bordered box, as a check box draws.
+            part->setCornerRadius(4.0);
+            part->setBorderWidth(1.0);
+            part->setBorderColor(QColor(120, 120, 120));
+        }
+        row->addSubview(part);
+    }
+    const Allocations allocations = counter.stop();
+
+    EXPECT_LE(allocations.liveBytes, 3072);
+    RecordProperty("heapBytes", static_cast<int>(allocations.liveBytes));
+    ASSERT_EQ(row->subviews().size(), 9u);
+}
+
+} // namespace
