@@ -53,8 +53,10 @@ void KRAttributedString::setAttributes(const KRTextAttributes& attributes, KRRan
     mergeAdjacentRuns();
 }
 
-KRTextAttributes KRAttributedString::leadingAttributes() const {
-    return m_runs.empty() ? KRTextAttributes{} : m_runs.front().attributes;
+const KRTextAttributes& KRAttributedString::leadingAttributes() const {
+    // Read on every measurement, so answered without a copy.
+    static const KRTextAttributes none;
+    return m_runs.empty() ? none : m_runs.front().attributes;
 }
 
 void KRAttributedString::mergeAdjacentRuns() {

@@ -30,7 +30,7 @@ public:
     // Replaces the attributes over range (clamped to the string), merging equal neighbours.
     void setAttributes(const KRTextAttributes& attributes, KRRange range);
     // The attributes of the first character, or those an empty string was made with.
-    KRTextAttributes leadingAttributes() const;
+    const KRTextAttributes& leadingAttributes() const;
     bool hasUniformAttributes() const { return m_runs.size() <= 1; }
 
     bool operator==(const KRAttributedString&) const = default;

@@ -248,8 +248,6 @@ KRSize KRTextField::sizeThatFits(KRSize size) const {
     if (!m_cell) {
         return KRSizeZero;
     }
-    // Measure what is being typed, not what the field held when editing began.
-    const_cast<KRTextField*>(this)->validateEditing();
     const KRRect bounds{KRPointZero, size};
     if (const KRTextView* editor = currentEditor(); editor && m_cell->wraps()) {
         // The editor has just laid the same text out at this width, and lays it out as the cell would.
@@ -259,6 +257,8 @@ KRSize KRTextField::sizeThatFits(KRSize size) const {
             return KRSize{size.width, editor->usedHeight() + size.height - title.size.height};
         }
     }
+    // Measure what is being typed, not what the field held when editing began.
+    const_cast<KRTextField*>(this)->validateEditing();
     return m_cell->cellSizeForBounds(bounds);
 }
 
