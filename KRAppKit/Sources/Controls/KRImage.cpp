@@ -101,6 +101,11 @@ const KRImageRepresentation* KRImage::bestRepresentationForScale(double scale) c
 }
 
 std::shared_ptr<KRImage> KRImage::imageByLimitingToRepresentationWithScale(double scale) const {
+    for (const auto& [limitedScale, limited] : m_limitedImages) {
+        if (limitedScale == scale) {
+            return limited;
+        }
+    }
     const KRImageRepresentation* chosen = nullptr;
     for (const KRImageRepresentation& representation : m_representations) {
         if (std::abs(representation.scale - scale) < 1e-9) {
@@ -115,7 +120,9 @@ std::shared_ptr<KRImage> KRImage::imageByLimitingToRepresentationWithScale(doubl
     if (chosen) {
         representations.push_back(*chosen);
     }
-    return std::make_shared<KRImage>(std::move(representations), m_size, m_template, m_name);
+    auto limited = std::make_shared<KRImage>(std::move(representations), m_size, m_template, m_name);
+    m_limitedImages.emplace_back(scale, limited);
+    return limited;
 }
 
 const QImage& KRImage::tintedImage(std::size_t representationIndex, const QColor& tint) const {

@@ -49,6 +49,7 @@ public:
     // The bitmap with the smallest scale at least `scale`, else the largest one (null when there is none).
     const KRImageRepresentation* bestRepresentationForScale(double scale) const;
     // A copy holding only the bitmap of `scale` (the best one for it when missing), at the same point size.
+    // The copy is made once per scale and shared, with the tinted bitmaps it caches.
     std::shared_ptr<KRImage> imageByLimitingToRepresentationWithScale(double scale) const;
 
     // Draws into rectInPoints with the bitmap suiting the painter's device pixel ratio. A template image
@@ -72,4 +73,5 @@ private:
     bool m_template = false;
     // Tinting costs a full pass over the bitmap, so the few colours an image is drawn in are kept.
     mutable std::vector<TintedEntry> m_tintCache;
+    mutable std::vector<std::pair<double, std::shared_ptr<KRImage>>> m_limitedImages;
 };

@@ -15,3 +15,4 @@ template <class T> class KRWeakDelegate;
 struct KRRange;
 class KRRunLoop;
 class KRSelector;
+class KRTrace;

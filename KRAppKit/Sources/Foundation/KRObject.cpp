@@ -1,7 +1,10 @@
 #include "Foundation/KRObject.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <cstring>
+#include <cxxabi.h>
+#include <typeinfo>
 
 namespace {
 
@@ -17,6 +20,20 @@ KRObject::~KRObject() {
         *m_lifetimeToken = nullptr;
         m_lifetimeToken.reset();
     }
+}
+
+QString KRObject::description() const {
+    const char* mangled = typeid(*this).name();
+    int status = 0;
+    char* demangled = abi::__cxa_demangle(mangled, nullptr, nullptr, &status);
+    const QString className = QString::fromLatin1(status == 0 && demangled ? demangled : mangled);
+    std::free(demangled);
+    return QStringLiteral("<%1: 0x%2>").arg(className).arg(reinterpret_cast<quintptr>(this), 0, 16);
+}
+
+const std::vector<KRObject::Observation>& KRObject::observationInfo() const {
+    static const std::vector<Observation> none;
+    return m_observations ? *m_observations : none;
 }
 
 const std::shared_ptr<KRObject*>& KRObject::lifetimeToken() const {

@@ -38,12 +38,25 @@ public:
     KRObject& operator=(const KRObject&) = delete;
     virtual ~KRObject();
 
+    // "<ClassName: 0xaddress>", as assertion and log texts print an object.
+    virtual QString description() const;
+
+    // One registration of an observer for a key of this object.
+    struct Observation {
+        KRObject* observer;
+        const char* keyPath;
+        unsigned options;
+        const void* context;
+    };
+
     // Key-value observation. Observers run synchronously, in registration order, from the setter.
     // keyPath is kept by pointer: pass a string literal (or a string that outlives the registration).
     void addObserver(KRObject* observer, const char* keyPath, unsigned options, const void* context);
     void removeObserver(KRObject* observer, const char* keyPath, const void* context);
     bool hasObserversForKey(const char* keyPath) const;
     std::size_t observationCount() const { return m_observations ? m_observations->size() : 0; }
+    // The registrations in the order they were made.
+    const std::vector<Observation>& observationInfo() const;
 
     virtual void observeValueForKeyPath(const char* keyPath, KRObject* object, const KRKeyValueChange& change,
                                         const void* context);
@@ -69,12 +82,6 @@ protected:
     void didChangeValueForKey(const char* keyPath, const QVariant& oldValue, const QVariant& newValue);
 
 private:
-    struct Observation {
-        KRObject* observer;
-        const char* keyPath;
-        unsigned options;
-        const void* context;
-    };
     std::unique_ptr<std::vector<Observation>> m_observations;
     mutable std::shared_ptr<KRObject*> m_lifetimeToken;
 };

@@ -68,6 +68,16 @@ TEST(KRImageTests, LimitingToA2xRepresentationKeepsOnlyItAndThePointSize) {
     EXPECT_EQ(image->representations().size(), 2u); // the original is untouched
 }
 
+TEST(KRImageTests, LimitingTwiceToTheSameScaleSharesOneCopy) {
+    const auto image = twoScaleImage();
+    const auto first = image->imageByLimitingToRepresentationWithScale(2.0);
+    const auto second = image->imageByLimitingToRepresentationWithScale(2.0);
+    const auto other = image->imageByLimitingToRepresentationWithScale(1.0);
+    EXPECT_EQ(first, second);
+    EXPECT_NE(first, other);
+    EXPECT_EQ(other->representations()[0].scale, 1.0);
+}
+
 TEST(KRImageTests, LimitingToAMissingScaleKeepsTheBestRepresentationForIt) {
     const auto limited = twoScaleImage()->imageByLimitingToRepresentationWithScale(3.0);
     ASSERT_EQ(limited->representations().size(), 1u);

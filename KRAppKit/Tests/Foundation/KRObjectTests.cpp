@@ -313,3 +313,32 @@ TEST(KRObjectTests, DefaultActionsAreNotHandled) {
     object.observeValueForKeyPath("title", &object, change, nullptr);
     EXPECT_EQ(object.observationCount(), 0u);
 }
+
+TEST(KRObjectTests, DescriptionNamesTheClassAndTheAddress) {
+    TitledObject object;
+    const QString expected = QStringLiteral("<(anonymous namespace)::TitledObject: 0x%1>")
+                                 .arg(reinterpret_cast<quintptr>(&object), 0, 16);
+    EXPECT_EQ(object.description(), expected);
+}
+
+TEST(KRObjectTests, ObservationInfoListsRegistrationsInTheirOrder) {
+    TitledObject object;
+    EXPECT_TRUE(object.observationInfo().empty());
+    static const char contextA = 'a';
+    static const char contextB = 'b';
+    object.addObserver(&object, "title", KRKeyValueObservingOptionOld | KRKeyValueObservingOptionNew,
+                       &contextA);
+    object.addObserver(&object, "count", KRKeyValueObservingOptionNone, &contextB);
+
+    const auto& info = object.observationInfo();
+    ASSERT_EQ(info.size(), 2u);
+    EXPECT_STREQ(info[0].keyPath, "title");
+    EXPECT_EQ(info[0].options, unsigned(KRKeyValueObservingOptionOld | KRKeyValueObservingOptionNew));
+    EXPECT_EQ(info[0].context, &contextA);
+    EXPECT_EQ(info[0].observer, &object);
+    EXPECT_STREQ(info[1].keyPath, "count");
+    EXPECT_EQ(info[1].context, &contextB);
+    object.removeObserver(&object, "count", &contextB);
+    object.removeObserver(&object, "title", &contextA);
+    EXPECT_TRUE(object.observationInfo().empty());
+}
