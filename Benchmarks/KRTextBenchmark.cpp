@@ -1,6 +1,7 @@
 // Measuring the titles of a 10,000-item list (mostly one line, some wrapped), against QListWidget laying out
 // the same word-wrapped items; and one keystroke in a field editor holding a typical and a 2,000-character
 // title, against Qt's text document taking the same key.
+#include "Support/KRBenchmarkTitles.h"
 #include "Support/KRRatioReporter.h"
 #include "Text/KRTextField.h"
 #include "Text/KRTextLayout.h"
@@ -16,7 +17,6 @@
 #include <benchmark/benchmark.h>
 
 #include <memory>
-#include <random>
 #include <vector>
 
 namespace {
@@ -40,34 +40,8 @@ KRTextAttributes titleAttributes() {
     return attributes;
 }
 
-// Seven in ten titles are a few words; the rest run to two or three lines.
-std::vector<QString> makeTitles(int count) {
-    static const QStringList words = {
-        QStringLiteral("buy"),      QStringLiteral("milk"),    QStringLiteral("call"),
-        QStringLiteral("the"),      QStringLiteral("plumber"), QStringLiteral("renew"),
-        QStringLiteral("passport"), QStringLiteral("book"),    QStringLiteral("flights"),
-        QStringLiteral("Lisbon"),   QStringLiteral("report"),  QStringLiteral("review"),
-        QStringLiteral("budget"),   QStringLiteral("and"),     QStringLiteral("before"),
-        QStringLiteral("Friday"),   QStringLiteral("email"),   QStringLiteral("Sam"),
-        QStringLiteral("about"),    QStringLiteral("slides")};
-    std::mt19937 random(42);
-    std::vector<QString> titles;
-    titles.reserve(static_cast<std::size_t>(count));
-    for (int index = 0; index < count; ++index) {
-        const bool wrapped = random() % 10 >= 7;
-        const int wordCount =
-            wrapped ? 14 + static_cast<int>(random() % 14) : 2 + static_cast<int>(random() % 4);
-        QStringList title;
-        for (int word = 0; word < wordCount; ++word) {
-            title << words[static_cast<qsizetype>(random() % static_cast<unsigned>(words.size()))];
-        }
-        titles.push_back(title.join(QLatin1Char(' ')));
-    }
-    return titles;
-}
-
 void BM_KRTextField_MeasureTitles(benchmark::State& state) {
-    const std::vector<QString> titles = makeTitles(static_cast<int>(state.range(0)));
+    const std::vector<QString> titles = KRBenchmarkTitles(static_cast<int>(state.range(0)));
     // One attribute set for every title, as a list styles all its rows alike.
     const KRTextAttributes attributes = titleAttributes();
     std::vector<KRAttributedString> values;
@@ -91,7 +65,7 @@ void BM_KRTextField_MeasureTitles(benchmark::State& state) {
 
 // The same measurements without the single-line shortcut, to show what it saves.
 void BM_KRTextLayout_MeasureTitlesFullLayout(benchmark::State& state) {
-    const std::vector<QString> titles = makeTitles(static_cast<int>(state.range(0)));
+    const std::vector<QString> titles = KRBenchmarkTitles(static_cast<int>(state.range(0)));
     // One attribute set for every title, as a list styles all its rows alike.
     const KRTextAttributes attributes = titleAttributes();
     std::vector<KRAttributedString> values;
@@ -110,7 +84,7 @@ void BM_KRTextLayout_MeasureTitlesFullLayout(benchmark::State& state) {
 }
 
 void BM_QListWidget_MeasureTitles(benchmark::State& state) {
-    const std::vector<QString> titles = makeTitles(static_cast<int>(state.range(0)));
+    const std::vector<QString> titles = KRBenchmarkTitles(static_cast<int>(state.range(0)));
     QListWidget list;
     list.setWordWrap(true);
     list.setFont(titleFont());
@@ -128,7 +102,7 @@ void BM_QListWidget_MeasureTitles(benchmark::State& state) {
 
 QString titleOfLength(int length) {
     QString title;
-    for (const QString& phrase : makeTitles(length / 4 + 1)) {
+    for (const QString& phrase : KRBenchmarkTitles(length / 4 + 1)) {
         title += phrase + QLatin1Char(' ');
         if (title.size() >= length) {
             break;

@@ -1,5 +1,8 @@
 #include "KRGalleryContent.h"
 
+#include "KRCheckListDefaults.h"
+#include "KRCheckListItemView.h"
+
 #include "Animation/EZInterpolationFunctions.h"
 #include "Controls/KRButtonView.h"
 #include "Controls/KRDefaults.h"
@@ -375,7 +378,7 @@ std::shared_ptr<KRTextField> addField(KRView& root, KRRect frame, const KRAttrib
     return field;
 }
 
-double addTextFields(KRView& root, double y, std::shared_ptr<KRTextField>& editedField) {
+double addTextFields(KRView& root, double y) {
     y = addSectionTitle(
         root, y, QStringLiteral("Text fields"),
         QStringLiteral("KRTextField draws and measures its text exactly as its field editor lays it out."));
@@ -396,12 +399,12 @@ double addTextFields(KRView& root, double y, std::shared_ptr<KRTextField>& edite
         KRAttributedString(QStringLiteral("לקנות חלב ולחם לפני סוף השבוע"), textAttributes(13, kInk)),
         QStringLiteral("right-to-left text starts at the right"));
 
-    // A wrapped title being edited: the shared field editor sits over the field with a selection.
+    // A wrapped value: the field measures and draws it as its editor would lay it out.
     auto tile = makeBox(KRRectMake(kMargin + column, y, 380, 150), Qt::white, 10);
     tile->setBorderColor(kTileBorder);
     tile->setBorderWidth(1);
     root.addSubview(tile);
-    editedField = std::make_shared<KRTextField>(KRRectMake(14, 12, 352, 80));
+    auto editedField = std::make_shared<KRTextField>(KRRectMake(14, 12, 352, 80));
     editedField->setBordered(false);
     editedField->setDrawsBackground(false);
     editedField->setAttributedStringValue(KRAttributedString(
@@ -410,9 +413,94 @@ double addTextFields(KRView& root, double y, std::shared_ptr<KRTextField>& edite
         textAttributes(14, kInk)));
     editedField->setFrameSize(KRSizeMake(352, editedField->sizeThatFits(KRSizeMake(352, 99999999.0)).height));
     tile->addSubview(editedField);
-    addLabel(*tile, KRRectMake(14, 118, 352, 18),
-             QStringLiteral("wrapped field being edited, with a selection"));
+    addLabel(*tile, KRRectMake(14, 118, 352, 18), QStringLiteral("wrapped over three lines"));
     return y + 260;
+}
+
+// --- Check-list rows ---------------------------------------------------------------------------------
+
+constexpr double kRowWidth = 380.0;
+
+struct RowSample {
+    QString title;
+    QString caption;
+    std::function<void(KRCheckListItemView&)> configure;
+};
+
+std::shared_ptr<KRCheckListItemView> makeRow(const QString& title, double y) {
+    auto row =
+        std::make_shared<KRCheckListItemView>(KRRectMake(0, y, kRowWidth, KRCheckListDefaults::itemHeight()));
+    row->update([&] {
+        row->setTitle(title);
+        row->setPlaceholder(QStringLiteral("Checklist"));
+        row->setDrawsBottomDivider(true);
+    });
+    row->setFrameSize(row->sizeThatFits(row->frame().size));
+    return row;
+}
+
+// Rows in every state, stacked in a list-like card with a caption beside each; one row floats, dragged.
+double addCheckListRows(KRView& root, double y, std::shared_ptr<KRTextField>& editedField) {
+    y = addSectionTitle(root, y, QStringLiteral("Check-list rows"),
+                        QStringLiteral("KRCheckListItemView in each state. The handle shows on edited, "
+                                       "selected and dragged rows."));
+    const std::vector<RowSample> samples = {
+        {QStringLiteral("Buy milk and bread"), QStringLiteral("open"), [](KRCheckListItemView&) {}},
+        {QStringLiteral("Call the plumber"), QStringLiteral("completed"),
+         [](KRCheckListItemView& row) { row.setStatus(1); }},
+        {QStringLiteral("Renew the passport"), QStringLiteral("canceled: struck through"),
+         [](KRCheckListItemView& row) { row.setStatus(2); }},
+        {QStringLiteral("Status 5 draws as open"), QStringLiteral("status 5"),
+         [](KRCheckListItemView& row) { row.setStatus(5); }},
+        {QStringLiteral("Book flights to Lisbon"), QStringLiteral("edited, with a selection"),
+         [](KRCheckListItemView& row) { row.setEdited(true); }},
+        {QStringLiteral("Review the budget"), QStringLiteral("selected"),
+         [](KRCheckListItemView& row) { row.setSelected(true); }},
+        {QStringLiteral("Email Sam about the slides"), QStringLiteral("highlighted: check box held down"),
+         [](KRCheckListItemView& row) { row.setHighlighted(true); }},
+        {QStringLiteral("Pack for the weekend: walking shoes, rain jacket, the good camera, chargers, "
+                        "the guidebook and something to read on the train"),
+         QStringLiteral("a title wrapped over three lines"), [](KRCheckListItemView&) {}},
+        {QString(), QStringLiteral("empty title: its placeholder"), [](KRCheckListItemView&) {}},
+        {QStringLiteral("No dividers on this one"), QStringLiteral("without dividers"),
+         [](KRCheckListItemView& row) { row.setDrawsBottomDivider(false); }},
+    };
+
+    auto card = makeBox(KRRectMake(kMargin, y, kRowWidth + 16, 100), Qt::white, 10);
+    card->setBorderColor(kTileBorder);
+    card->setBorderWidth(1);
+    root.addSubview(card);
+    double rowY = 8.0;
+    for (const RowSample& sample : samples) {
+        auto row = makeRow(sample.title, rowY);
+        row->setFrameOrigin(KRPointMake(8, rowY));
+        row->update([&] { sample.configure(*row); });
+        row->setFrameSize(row->sizeThatFits(row->frame().size));
+        card->addSubview(row);
+        if (row->isEdited()) {
+            row->titleTextField()->setEditable(true);
+            editedField = row->titleTextField();
+        }
+        addLabel(root, KRRectMake(kMargin + kRowWidth + 36, y + rowY, 300, KRCheckListDefaults::itemHeight()),
+                 sample.caption);
+        rowY += row->frame().size.height;
+    }
+    card->setFrameSize(KRSizeMake(kRowWidth + 16, rowY + 8));
+
+    // Lifted out of the list while dragged: selected fill, shadow, handle showing pressed.
+    const double draggedY = y + rowY + 36;
+    auto dragged = makeRow(QStringLiteral("Dragged: follows the pointer with a shadow"), 0);
+    dragged->setFrameOrigin(KRPointMake(kMargin + 8 + KRCheckListDefaults::hoverOffsetX(),
+                                        draggedY + KRCheckListDefaults::hoverOffsetY() + 14));
+    dragged->update([&] {
+        dragged->setDragged(true);
+        dragged->setDrawsShadow(true);
+        dragged->setDrawsBottomDivider(false);
+    });
+    root.addSubview(dragged);
+    addLabel(root, KRRectMake(kMargin + kRowWidth + 36, draggedY + 7, 300, KRCheckListDefaults::itemHeight()),
+             QStringLiteral("dragged, with its shadow"));
+    return draggedY + 70;
 }
 
 } // namespace
@@ -453,8 +541,9 @@ KRGalleryContent KRMakeGalleryContent() {
     y = addLayerLooks(*root, y);
     y = addSubtreeAlpha(*root, y);
     y = addClipping(*root, y);
+    y = addTextFields(*root, y);
     std::shared_ptr<KRTextField> editedField;
-    y = addTextFields(*root, y, editedField);
+    y = addCheckListRows(*root, y, editedField);
     root->setFrameSize(KRSizeMake(kContentWidth, y + kMargin));
-    return KRGalleryContent{root, kLegDuration, editedField, KRMakeRange(40, 19)};
+    return KRGalleryContent{root, kLegDuration, editedField, KRMakeRange(13, 6)};
 }

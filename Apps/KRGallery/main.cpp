@@ -1,5 +1,5 @@
 // KRGallery: every look the toolkit draws, in one scrolling window. With --screenshot <path>, or when no
-// display is available, it renders itself offscreen at 2x into a PNG and exits.
+// display is available, it renders itself offscreen into a PNG at 2x (and one at 1x beside it) and exits.
 #include "KRGalleryContent.h"
 
 #include "Foundation/KRClock.h"
@@ -62,15 +62,19 @@ int main(int argc, char** argv) {
         KRRunLoop::main().runUntilIdle();
         KRClock::advance(content.animationLegDuration * 0.5);
         KRRunLoop::main().runUntilIdle();
+        // The 2x picture is the one to look at; the 1x one shows how crisp the same content is on a plain
+        // screen.
         const QImage image = host->renderToImage(2.0);
+        const QImage plainImage = host->renderToImage(1.0);
         delete host;
         const QFileInfo info(screenshotPath);
         QDir().mkpath(info.absolutePath());
-        if (!image.save(info.filePath(), "PNG")) {
+        const QString plainPath = info.dir().filePath(info.completeBaseName() + QStringLiteral("-1x.png"));
+        if (!image.save(info.filePath(), "PNG") || !plainImage.save(plainPath, "PNG")) {
             std::fprintf(stderr, "KRGallery: could not write %s\n", qPrintable(info.filePath()));
             return 1;
         }
-        std::printf("%s\n", qPrintable(info.filePath()));
+        std::printf("%s\n%s\n", qPrintable(info.filePath()), qPrintable(plainPath));
         return 0;
     }
 

@@ -145,9 +145,9 @@ KRParagraphStyle titleParagraphStyle(double lineHeight) {
     return style;
 }
 
-std::shared_ptr<KRView> makeIdentifiedView(const char* identifier) {
+std::shared_ptr<KRView> makeIdentifiedView(const QString& identifier) {
     auto view = std::make_shared<KRView>();
-    view->setIdentifier(QString::fromLatin1(identifier));
+    view->setIdentifier(identifier);
     return view;
 }
 
@@ -251,7 +251,7 @@ void KRCheckListItemView::checkListItemViewTearDownSelf() {
 
 void KRCheckListItemView::checkListItemViewSetUpShapeView() {
     KRTrace::step(this, "checkListItemViewSetUpShapeView");
-    m_shapeView = makeIdentifiedView("shapeView");
+    m_shapeView = makeIdentifiedView(QStringLiteral("shapeView"));
     m_shapeView->setShadowRadius(shapeShadowRadius);
     m_shapeView->setShadowOffset(shapeShadowOffset);
     m_shapeView->setBorderWidth(KRCheckListDefaults::borderWidth());
@@ -265,7 +265,7 @@ void KRCheckListItemView::checkListItemViewTearDownShapeView() {
 
 void KRCheckListItemView::checkListItemViewSetUpHighlightView() {
     KRTrace::step(this, "checkListItemViewSetUpHighlightView");
-    m_highlightView = makeIdentifiedView("highlightView");
+    m_highlightView = makeIdentifiedView(QStringLiteral("highlightView"));
     m_highlightView->setIgnoresMouseEvents(true);
     m_highlightView->setCornerRadius(KRCheckListDefaults::cornerRadius());
     m_highlightView->setBackgroundColor(KRDefaults::manateeGrayColor());
@@ -279,7 +279,7 @@ void KRCheckListItemView::checkListItemViewTearDownHighlightView() {
 
 void KRCheckListItemView::checkListItemViewSetUpMaskView() {
     KRTrace::step(this, "checkListItemViewSetUpMaskView");
-    m_maskView = makeIdentifiedView("maskView");
+    m_maskView = makeIdentifiedView(QStringLiteral("maskView"));
     m_maskView->setMasksToBounds(true);
 }
 
@@ -354,7 +354,7 @@ void KRCheckListItemView::checkListItemViewTearDownHandleButtonView() {
 
 void KRCheckListItemView::checkListItemViewSetUpTopDividerView() {
     KRTrace::step(this, "checkListItemViewSetUpTopDividerView");
-    m_topDividerView = makeIdentifiedView("topDividerView");
+    m_topDividerView = makeIdentifiedView(QStringLiteral("topDividerView"));
     m_topDividerView->setBackgroundColor(KRCheckListDefaults::dividerColor());
 }
 
@@ -365,7 +365,7 @@ void KRCheckListItemView::checkListItemViewTearDownTopDividerView() {
 
 void KRCheckListItemView::checkListItemViewSetUpBottomDividerView() {
     KRTrace::step(this, "checkListItemViewSetUpBottomDividerView");
-    m_bottomDividerView = makeIdentifiedView("bottomDividerView");
+    m_bottomDividerView = makeIdentifiedView(QStringLiteral("bottomDividerView"));
     m_bottomDividerView->setBackgroundColor(KRCheckListDefaults::dividerColor());
 }
 
@@ -405,6 +405,7 @@ void KRCheckListItemView::checkListItemViewBreakUp() {
 
 void KRCheckListItemView::checkListItemViewBeginObservingKeyPaths() {
     KRTrace::step(this, "checkListItemViewBeginObservingKeyPaths");
+    reserveObservations(std::size(observedKeyPaths));
     for (const ObservedKeyPath& observed : observedKeyPaths) {
         addObserver(this, observed.keyPath, observed.options, observed.context);
     }

@@ -1,7 +1,9 @@
 #include "Animation/EZInterpolationFunctions.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
+#include <deque>
 #include <functional>
 
 namespace {
@@ -16,8 +18,44 @@ constexpr std::size_t kMaximumSpringSamples = 4001;
 constexpr double kSpringSettleTolerance = 1e-3;
 
 EZSampledFunctionRef zeroDurationFunction() {
-    return std::make_shared<EZSampledFunction>(0.0, std::vector<double>{1.0});
+    static const EZSampledFunctionRef function =
+        std::make_shared<EZSampledFunction>(0.0, std::vector<double>{1.0});
+    return function;
 }
+
+// Curves are immutable and views ask for the same few again and again (every row's check box wants the same
+// ease-in-out), so the most recently made ones are kept and shared instead of being sampled anew.
+class RecentCurves {
+public:
+    using Key = std::array<double, 6>; // kind, duration, and up to four shape parameters
+
+    EZSampledFunctionRef find(const Key& key) const {
+        for (const auto& [entryKey, function] : m_entries) {
+            if (entryKey == key) {
+                return function;
+            }
+        }
+        return nullptr;
+    }
+    EZSampledFunctionRef insert(const Key& key, EZSampledFunctionRef function) {
+        if (m_entries.size() == kCapacity) {
+            m_entries.pop_front();
+        }
+        m_entries.emplace_back(key, function);
+        return function;
+    }
+
+private:
+    static constexpr std::size_t kCapacity = 32;
+    std::deque<std::pair<Key, EZSampledFunctionRef>> m_entries;
+};
+
+RecentCurves& recentCurves() {
+    static RecentCurves curves;
+    return curves;
+}
+
+enum CurveKind { CubicBezierCurve = 1, SpringCurve = 2 };
 
 std::size_t curveSampleCount(double duration) {
     const double wanted = std::ceil(duration * kSamplesPerSecond) + 1.0;
@@ -146,6 +184,10 @@ EZSampledFunctionRef EZInterpolationFunctions::springWithDampingRatio(double dam
     if (!(duration > 0.0)) {
         return zeroDurationFunction();
     }
+    const RecentCurves::Key key{SpringCurve, duration, dampingRatio, 0.0, 0.0, 0.0};
+    if (EZSampledFunctionRef known = recentCurves().find(key)) {
+        return known;
+    }
     // No damping would never settle; a tiny ratio still does, by the end.
     const double zeta = std::max(dampingRatio, 0.01);
     const double omega = springFrequency(zeta); // over the unit interval of normalised time
@@ -156,8 +198,9 @@ EZSampledFunctionRef EZInterpolationFunctions::springWithDampingRatio(double dam
         count = wanted < static_cast<double>(kMaximumSpringSamples) ? static_cast<std::size_t>(wanted)
                                                                     : kMaximumSpringSamples;
     }
-    return sample(duration, count,
-                  [zeta, omega](double fraction) { return 1.0 - springOffset(zeta, omega, fraction); });
+    return recentCurves().insert(key, sample(duration, count, [zeta, omega](double fraction) {
+                                     return 1.0 - springOffset(zeta, omega, fraction);
+                                 }));
 }
 
 EZSampledFunctionRef EZInterpolationFunctions::cubicBezierWithDuration(double duration, double x1, double y1,
@@ -167,6 +210,10 @@ EZSampledFunctionRef EZInterpolationFunctions::cubicBezierWithDuration(double du
     }
     // x must stay monotonic for time to map to a single progress.
     const CubicBezier curve{std::clamp(x1, 0.0, 1.0), y1, std::clamp(x2, 0.0, 1.0), y2};
-    return sample(duration, curveSampleCount(duration),
-                  [curve](double fraction) { return curve.valueAt(fraction); });
+    const RecentCurves::Key key{CubicBezierCurve, duration, curve.x1, curve.y1, curve.x2, curve.y2};
+    if (EZSampledFunctionRef known = recentCurves().find(key)) {
+        return known;
+    }
+    return recentCurves().insert(key, sample(duration, curveSampleCount(duration),
+                                             [curve](double fraction) { return curve.valueAt(fraction); }));
 }

@@ -1,14 +1,24 @@
 #include "Controls/KRDefaults.h"
 
 #include <QFontDatabase>
+#include <QHash>
 
 #include <algorithm>
 
 QFont KRDefaults::regularFontOfSize(double points) {
+    // Copies of one QFont share its data, so every view asking for the same size shares one font; a fresh
+    // QFont per call would cost each caller its own copy of the font's data.
+    static QHash<int, QFont> fonts;
+    const int pixelSize = std::max(1, qRound(points));
+    const auto found = fonts.constFind(pixelSize);
+    if (found != fonts.constEnd()) {
+        return found.value();
+    }
     QFont font = QFontDatabase::systemFont(QFontDatabase::GeneralFont);
-    font.setPixelSize(std::max(1, qRound(points)));
+    font.setPixelSize(pixelSize);
     font.setWeight(QFont::Normal);
     font.setItalic(false);
+    fonts.insert(pixelSize, font);
     return font;
 }
 

@@ -31,6 +31,13 @@ QString KRObject::description() const {
     return QStringLiteral("<%1: 0x%2>").arg(className).arg(reinterpret_cast<quintptr>(this), 0, 16);
 }
 
+void KRObject::reserveObservations(std::size_t count) {
+    if (!m_observations) {
+        m_observations = std::make_unique<std::vector<Observation>>();
+    }
+    m_observations->reserve(count);
+}
+
 const std::vector<KRObject::Observation>& KRObject::observationInfo() const {
     static const std::vector<Observation> none;
     return m_observations ? *m_observations : none;

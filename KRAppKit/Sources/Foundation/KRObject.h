@@ -55,6 +55,8 @@ public:
     void removeObserver(KRObject* observer, const char* keyPath, const void* context);
     bool hasObserversForKey(const char* keyPath) const;
     std::size_t observationCount() const { return m_observations ? m_observations->size() : 0; }
+    // Room for count registrations, for an object that knows how many it is about to make.
+    void reserveObservations(std::size_t count);
     // The registrations in the order they were made.
     const std::vector<Observation>& observationInfo() const;
 

@@ -260,11 +260,7 @@ KRRect KRView::presentationFrame() const {
 
 // Each setter leaves the block unallocated while it only writes the default again.
 void KRView::setIdentifier(const QString& identifier) {
-    // A null and an empty identifier answer differently to isNull(), so only null counts as the default.
-    if (!m_extras && identifier.isNull()) {
-        return;
-    }
-    mutableExtras().identifier = identifier;
+    m_identifier = identifier;
 }
 
 void KRView::setObjectValue(const QJsonValue& value) {

@@ -66,7 +66,7 @@ public:
     KRRect presentationFrame() const;
 
     // Identity and value ---------------------------------------------------------------------------------
-    const QString& identifier() const { return extras().identifier; }
+    const QString& identifier() const { return m_identifier; }
     void setIdentifier(const QString& identifier);
     virtual QJsonValue objectValue() const { return extras().objectValue; }
     virtual void setObjectValue(const QJsonValue& value);
@@ -193,7 +193,6 @@ private:
         double scale = 1.0;
         QColor borderColor;
         QColor shadowColor{0, 0, 0};
-        QString identifier;
         QJsonValue objectValue;
         KRWeak<KRResponder> nextResponder;
         KRWeak<KRView> nextKeyView;
@@ -226,12 +225,15 @@ private:
     KRRect m_frame;
     double m_alphaValue = 1.0;
     QColor m_backgroundColor;
+    // Kept out of the rare block: rows name most of their views, and a literal identifier costs nothing here.
+    QString m_identifier;
     std::unique_ptr<Extras> m_extras;
     std::unique_ptr<std::vector<std::shared_ptr<KRTrackingArea>>> m_trackingAreas;
     std::unique_ptr<std::vector<RunningAnimation>> m_animations;
     bool m_hidden = false;
     bool m_masksToBounds = false;
     bool m_ignoresMouseEvents = false;
-    bool m_needsLayout = false;
+    // A new view has never been laid out.
+    bool m_needsLayout = true;
     bool m_subtreeNeedsLayout = false;
 };

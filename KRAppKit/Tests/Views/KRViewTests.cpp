@@ -225,11 +225,13 @@ TEST_F(KRViewTest, LayoutIfNeededLaysOutParentsBeforeChildrenAndSkipsCleanViews)
     root->order = child->order = clean->order = order;
     root->addSubview(child);
     root->addSubview(clean);
+    root->layoutIfNeeded(); // every new view has its first layout
+    order->clear();
     child->setNeedsLayout(true);
     root->setNeedsLayout(true);
     root->layoutIfNeeded();
     EXPECT_EQ(*order, (std::vector<const KRView*>{root.get(), child.get()}));
-    EXPECT_EQ(clean->layoutCount, 0);
+    EXPECT_EQ(clean->layoutCount, 1);
     EXPECT_FALSE(root->needsLayout());
     EXPECT_FALSE(child->needsLayout());
 }
@@ -253,8 +255,18 @@ TEST_F(KRViewTest, SetNeedsLayoutFalseCancelsThePendingLayout) {
     EXPECT_EQ(root->layoutCount, 0);
 }
 
+TEST_F(KRViewTest, ANewViewNeedsItsFirstLayoutOnce) {
+    auto view = std::make_shared<CountingLayoutView>(KRRectMake(0, 0, 100, 100));
+    EXPECT_TRUE(view->needsLayout());
+    view->layoutIfNeeded();
+    view->layoutIfNeeded();
+    EXPECT_EQ(view->layoutCount, 1);
+    EXPECT_FALSE(view->needsLayout());
+}
+
 TEST_F(KRViewTest, OriginChangeDoesNotRequestLayoutButSizeChangeDoes) {
     auto view = std::make_shared<CountingLayoutView>(KRRectMake(0, 0, 100, 100));
+    view->layoutIfNeeded();
     view->setFrameOrigin(KRPoint{5, 5});
     EXPECT_FALSE(view->needsLayout());
     view->setFrameSize(KRSize{50, 50});
