@@ -432,9 +432,10 @@ std::shared_ptr<KRCheckListItemView> makeRow(const QString& title, double y) {
         std::make_shared<KRCheckListItemView>(KRRectMake(0, y, kRowWidth, KRCheckListDefaults::itemHeight()));
     row->update([&] {
         row->setTitle(title);
-        row->setPlaceholder(QStringLiteral("Checklist"));
         row->setDrawsBottomDivider(true);
     });
+    // After the first update, so the placeholder takes the row's placeholder attributes.
+    row->setPlaceholder(QStringLiteral("Checklist"));
     row->setFrameSize(row->sizeThatFits(row->frame().size));
     return row;
 }

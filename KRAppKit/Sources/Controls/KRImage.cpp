@@ -134,6 +134,8 @@ const QImage& KRImage::tintedImage(std::size_t representationIndex, const QColor
     }
     const QImage& source = m_representations[representationIndex].image;
     QImage tinted(source.size(), QImage::Format_ARGB32_Premultiplied);
+    // Same ratio as the bitmap, so it is copied pixel for pixel rather than at its size in points.
+    tinted.setDevicePixelRatio(source.devicePixelRatio());
     tinted.fill(Qt::transparent);
     {
         QPainter painter(&tinted);
@@ -142,7 +144,6 @@ const QImage& KRImage::tintedImage(std::size_t representationIndex, const QColor
         painter.setCompositionMode(QPainter::CompositionMode_SourceIn);
         painter.fillRect(tinted.rect(), tint);
     }
-    tinted.setDevicePixelRatio(m_representations[representationIndex].scale);
     if (m_tintCache.size() >= kTintCacheLimit) {
         m_tintCache.erase(m_tintCache.begin());
     }

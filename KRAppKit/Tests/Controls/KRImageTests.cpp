@@ -131,6 +131,28 @@ TEST(KRImageTests, TemplateImageDrawsTheTintThroughItsAlphaChannel) {
     EXPECT_EQ(canvas.pixelColor(5, 0).alpha(), 0);
 }
 
+TEST(KRImageTests, ATinted2xBitmapFillsItsWholeRectOnA2xCanvas) {
+    // A 2x mask whose right half is transparent: drawn at 2x, the tint must cover exactly the left half.
+    QImage mask(8, 8, QImage::Format_ARGB32);
+    mask.fill(Qt::transparent);
+    for (int y = 0; y < 8; ++y) {
+        for (int x = 0; x < 4; ++x) {
+            mask.setPixelColor(x, y, Qt::black);
+        }
+    }
+    const auto image =
+        KRImage::imageWithRepresentations({{filledImage(4, 4, Qt::black), 1.0}, {mask, 2.0}}, true);
+    QImage canvas = transparentCanvas(8, 8, 2.0);
+    {
+        QPainter painter(&canvas);
+        image->draw(painter, KRRectMake(0, 0, 4, 4), 1.0, QColor(0, 0, 255));
+    }
+    EXPECT_EQ(canvas.pixelColor(0, 0), QColor(0, 0, 255));
+    EXPECT_EQ(canvas.pixelColor(3, 7), QColor(0, 0, 255));
+    EXPECT_EQ(canvas.pixelColor(4, 0).alpha(), 0);
+    EXPECT_EQ(canvas.pixelColor(7, 7).alpha(), 0);
+}
+
 TEST(KRImageTests, TintsOfDifferentColoursAreNotMixedUp) {
     const auto image = KRImage::imageWithRepresentations({{filledImage(2, 2, Qt::black), 1.0}}, true);
     for (const QColor& tint : {QColor(0, 0, 255), QColor(0, 255, 0), QColor(0, 0, 255)}) {
