@@ -145,6 +145,27 @@ KRParagraphStyle titleParagraphStyle(double lineHeight) {
     return style;
 }
 
+// Rows in the same state share one attribute set instead of each keeping a copy: a list has only a few
+// distinct sets (title per status, placeholder), so the most recent ones are kept.
+std::shared_ptr<const KRTextAttributes> sharedAttributes(const KRTextAttributes& attributes) {
+    static constexpr std::size_t capacity = 8;
+    static std::vector<std::shared_ptr<const KRTextAttributes>> recent;
+    for (const auto& known : recent) {
+        if (*known == attributes) {
+            return known;
+        }
+    }
+    if (recent.size() == capacity) {
+        recent.erase(recent.begin());
+    }
+    recent.push_back(std::make_shared<const KRTextAttributes>(attributes));
+    return recent.back();
+}
+
+KRTextAttributes attributesOrNone(const std::shared_ptr<const KRTextAttributes>& attributes) {
+    return attributes ? *attributes : KRTextAttributes();
+}
+
 std::shared_ptr<KRView> makeIdentifiedView(const QString& identifier) {
     auto view = std::make_shared<KRView>();
     view->setIdentifier(identifier);
@@ -444,7 +465,7 @@ void KRCheckListItemView::setTitle(const QString& title) {
     const QString oldTitle = this->title();
     const QString text = title.isNull() ? QString(QLatin1String("")) : title;
     m_titleTextField->setAttributedStringValue(
-        KRAttributedString(text, m_placeholderAttributes.value_or(KRTextAttributes())));
+        KRAttributedString(text, attributesOrNone(m_placeholderAttributes)));
     if (hasObserversForKey("title")) {
         didChangeValueForKey("title", oldTitle, this->title());
     }
@@ -457,7 +478,7 @@ QString KRCheckListItemView::placeholder() const {
 void KRCheckListItemView::setPlaceholder(const QString& placeholder) {
     const QString oldPlaceholder = this->placeholder();
     const QString text = placeholder.isNull() ? QString(QLatin1String("")) : placeholder;
-    const KRAttributedString attributed(text, m_placeholderAttributes.value_or(KRTextAttributes()));
+    const KRAttributedString attributed(text, attributesOrNone(m_placeholderAttributes));
     KRTextFieldDelegate* fieldDelegate = m_titleTextField->KRTextField::delegate();
     m_titleTextField->setDelegate(nullptr);
     m_titleTextField->setPlaceholderAttributedString(attributed);
@@ -624,8 +645,8 @@ void KRCheckListItemView::update() {
         m_bottomDividerView->setAlphaValue(drawsBottomDivider ? 1.0 : 0.0);
     });
 
-    m_titleAttributes = titleAttributes;
-    m_placeholderAttributes = placeholderAttributes;
+    m_titleAttributes = sharedAttributes(titleAttributes);
+    m_placeholderAttributes = sharedAttributes(placeholderAttributes);
 
     m_titleTextField->setAttributedStringValue(
         KRAttributedString(m_titleTextField->stringValue(), titleAttributes));
@@ -947,8 +968,7 @@ void KRCheckListItemView::checkListItemViewHandleTextChangeForTitleTextField(
     }
     const KRSize sizeThatFits = checkListItemViewLayoutForSize(bounds().size).sizeThatFits;
     if (KRTextView* editor = titleTextField->currentEditor()) {
-        editor->setAttributesForRange(m_titleAttributes.value_or(KRTextAttributes()),
-                                      KRRange{0, editor->length()});
+        editor->setAttributesForRange(attributesOrNone(m_titleAttributes), KRRange{0, editor->length()});
     }
     if (sizeThatFits.width != m_sizeThatFitsAfterLastLayout.width ||
         sizeThatFits.height != m_sizeThatFitsAfterLastLayout.height) {

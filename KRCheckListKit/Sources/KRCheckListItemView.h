@@ -146,9 +146,11 @@ public:
     const std::shared_ptr<KRView>& bottomDividerView() const { return m_bottomDividerView; }
     const std::shared_ptr<KRTrackingArea>& textTrackingArea() const { return m_textTrackingArea; }
 
-    // Built by each update; absent until the first one.
-    const std::optional<KRTextAttributes>& titleAttributes() const { return m_titleAttributes; }
-    const std::optional<KRTextAttributes>& placeholderAttributes() const { return m_placeholderAttributes; }
+    // Built by each update; null until the first one. Rows in the same state share one set.
+    const std::shared_ptr<const KRTextAttributes>& titleAttributes() const { return m_titleAttributes; }
+    const std::shared_ptr<const KRTextAttributes>& placeholderAttributes() const {
+        return m_placeholderAttributes;
+    }
     KRSize sizeThatFitsAfterLastUpdate() const { return m_sizeThatFitsAfterLastUpdate; }
     void setSizeThatFitsAfterLastUpdate(KRSize size) { m_sizeThatFitsAfterLastUpdate = size; }
     // The fitting size the last title change saw.
@@ -271,8 +273,8 @@ private:
     std::shared_ptr<KRView> m_bottomDividerView;
     std::shared_ptr<KRTrackingArea> m_textTrackingArea;
     KRWeakDelegate<KRCheckListItemViewDelegate> m_delegate;
-    std::optional<KRTextAttributes> m_titleAttributes;
-    std::optional<KRTextAttributes> m_placeholderAttributes;
+    std::shared_ptr<const KRTextAttributes> m_titleAttributes;
+    std::shared_ptr<const KRTextAttributes> m_placeholderAttributes;
     KRSize m_sizeThatFitsAfterLastUpdate;
     KRSize m_sizeThatFitsAfterLastLayout;
     KRUInteger m_status = 0;

@@ -90,7 +90,7 @@ protected:
     }
     void expectOnlyTitleAttributes(KRTextView& editor, int line) const {
         SCOPED_TRACE(testing::Message() << "title attributes expected at line " << line);
-        ASSERT_TRUE(row->titleAttributes().has_value());
+        ASSERT_TRUE(row->titleAttributes() != nullptr);
         const KRTextAttributes& title = *row->titleAttributes();
         const KRAttributedString text = editor.attributedString();
         EXPECT_TRUE(text.hasUniformAttributes());

@@ -103,7 +103,7 @@ void expectLooks(const KRCheckListItemView& row, const ExpectedLooks& expected, 
     EXPECT_EQ(row.checkBoxButtonView()->imageColor(), expected.checkBoxColor);
     EXPECT_DOUBLE_EQ(row.checkBoxButtonView()->imageAlpha(), 1.0);
     EXPECT_EQ(row.titleTextField()->textColor(), expected.titleColor);
-    ASSERT_TRUE(row.titleAttributes().has_value());
+    ASSERT_TRUE(row.titleAttributes() != nullptr);
     EXPECT_EQ(row.titleAttributes()->foregroundColor, std::optional<QColor>(expected.titleColor));
     EXPECT_EQ(row.titleAttributes()->strikethroughStyle, std::optional<int>(expected.strikethrough));
 }
@@ -142,8 +142,8 @@ TEST_F(KRCheckListItemViewTests, SubviewsArePresentButNoUpdateHasRunAfterConstru
     EXPECT_NE(row->bottomDividerView(), nullptr);
     EXPECT_NE(row->textTrackingArea(), nullptr);
 
-    EXPECT_FALSE(row->titleAttributes().has_value());
-    EXPECT_FALSE(row->placeholderAttributes().has_value());
+    EXPECT_FALSE(row->titleAttributes() != nullptr);
+    EXPECT_FALSE(row->placeholderAttributes() != nullptr);
     EXPECT_EQ(row->sizeThatFitsAfterLastUpdate(), KRSizeZero);
     EXPECT_EQ(row->sizeThatFitsAfterLastLayout(), KRSizeZero);
     EXPECT_EQ(row->updateCount(), 0);
@@ -347,7 +347,7 @@ TEST_F(KRCheckListItemViewTests, AssigningTheCurrentValueOfAnObservedKeySchedule
     row->setEdited(false);
     row->setStatus(0);
     row->setDrawsTopDivider(false);
-    EXPECT_FALSE(row->titleAttributes().has_value()) << "no update ran";
+    EXPECT_FALSE(row->titleAttributes() != nullptr) << "no update ran";
     EXPECT_FALSE(row->isUpdateScheduled());
 
     updateThenMark();
@@ -361,7 +361,7 @@ TEST_F(KRCheckListItemViewTests, AssigningTheCurrentValueOfAnObservedKeySchedule
 
 TEST_F(KRCheckListItemViewTests, AssigningTheSameDrawsShadowStillRunsAnUpdate) {
     row->setDrawsShadow(false);
-    EXPECT_TRUE(row->titleAttributes().has_value());
+    EXPECT_TRUE(row->titleAttributes() != nullptr);
     EXPECT_EQ(row->shapeView()->backgroundColor(), KRDefaults::clearColor());
 
     row->shapeView()->setBackgroundColor(sentinelColor());
@@ -418,7 +418,7 @@ TEST_F(KRCheckListItemViewTests, UnbalancedEndUpdatesStillRunsAPendingUpdateOnce
     };
     row->endUpdates();
     ASSERT_EQ(handler->failures.size(), 1u);
-    EXPECT_TRUE(row->titleAttributes().has_value());
+    EXPECT_TRUE(row->titleAttributes() != nullptr);
     EXPECT_EQ(row->shapeView()->backgroundColor(), selectedFillColor());
     EXPECT_FALSE(row->isUpdateScheduled());
 }
@@ -441,12 +441,12 @@ TEST_F(KRCheckListItemViewTests, UpdateBlockRunsBetweenBeginAndEnd) {
 
 TEST_F(KRCheckListItemViewTests, SetNeedsUpdateOutsideABatchUpdatesAtOnce) {
     row->setNeedsUpdate(false);
-    EXPECT_FALSE(row->titleAttributes().has_value());
+    EXPECT_FALSE(row->titleAttributes() != nullptr);
     EXPECT_FALSE(row->isUpdateScheduled());
 
     row->setNeedsUpdate(true);
-    EXPECT_TRUE(row->titleAttributes().has_value());
-    EXPECT_TRUE(row->placeholderAttributes().has_value());
+    EXPECT_TRUE(row->titleAttributes() != nullptr);
+    EXPECT_TRUE(row->placeholderAttributes() != nullptr);
     EXPECT_FALSE(row->isUpdateScheduled());
     EXPECT_FALSE(row->isUpdating());
 }
@@ -511,22 +511,22 @@ TEST_F(KRCheckListItemViewTests, SetNeedsUpdateFalseInsideABatchCancelsThePendin
     row->beginUpdates();
     row->setNeedsUpdate(true);
     EXPECT_TRUE(row->isUpdateScheduled());
-    EXPECT_FALSE(row->titleAttributes().has_value());
+    EXPECT_FALSE(row->titleAttributes() != nullptr);
     row->setNeedsUpdate(false);
     EXPECT_FALSE(row->isUpdateScheduled());
     row->endUpdates();
-    EXPECT_FALSE(row->titleAttributes().has_value()) << "no update ran";
+    EXPECT_FALSE(row->titleAttributes() != nullptr) << "no update ran";
 }
 
 TEST_F(KRCheckListItemViewTests, UpdateIfNeededRunsOnlyAScheduledUpdate) {
     row->updateIfNeeded();
-    EXPECT_FALSE(row->titleAttributes().has_value());
+    EXPECT_FALSE(row->titleAttributes() != nullptr);
 
     row->beginUpdates();
     row->setSelected(true);
     ASSERT_TRUE(row->isUpdateScheduled());
     row->updateIfNeeded();
-    EXPECT_TRUE(row->titleAttributes().has_value());
+    EXPECT_TRUE(row->titleAttributes() != nullptr);
     EXPECT_EQ(row->shapeView()->backgroundColor(), selectedFillColor());
     EXPECT_FALSE(row->isUpdateScheduled());
     EXPECT_FALSE(row->isUpdating());
@@ -686,7 +686,7 @@ TEST_F(KRCheckListItemViewTests, PressedCheckBoxImageHoldsOnlyTheDoubleScaleBitm
 
 TEST_F(KRCheckListItemViewTests, TitleAttributesHoldFontColourStrikethroughAndFixedLines) {
     row->setNeedsUpdate(true);
-    ASSERT_TRUE(row->titleAttributes().has_value());
+    ASSERT_TRUE(row->titleAttributes() != nullptr);
     const KRTextAttributes& title = *row->titleAttributes();
     EXPECT_EQ(title.count(), 4u);
     EXPECT_EQ(title.font, std::optional<QFont>(KRCheckListDefaults::font()));
@@ -700,13 +700,24 @@ TEST_F(KRCheckListItemViewTests, TitleAttributesHoldFontColourStrikethroughAndFi
 
 TEST_F(KRCheckListItemViewTests, PlaceholderAttributesHoldFontColourAndFixedLines) {
     row->setStatus(2);
-    ASSERT_TRUE(row->placeholderAttributes().has_value());
+    ASSERT_TRUE(row->placeholderAttributes() != nullptr);
     const KRTextAttributes& placeholder = *row->placeholderAttributes();
     EXPECT_EQ(placeholder.count(), 3u);
     EXPECT_EQ(placeholder.font, std::optional<QFont>(KRCheckListDefaults::font()));
     EXPECT_EQ(placeholder.foregroundColor, std::optional<QColor>(KRCheckListDefaults::placeholderColor()));
     EXPECT_FALSE(placeholder.strikethroughStyle.has_value());
     EXPECT_EQ(placeholder.paragraphStyle, row->titleAttributes()->paragraphStyle);
+}
+
+TEST_F(KRCheckListItemViewTests, RowsInTheSameStateShareOneAttributeSet) {
+    auto other = std::make_shared<KRCheckListItemView>(KRRect{0, 0, 300, 28});
+    row->setStatus(1);
+    other->setStatus(1);
+    EXPECT_EQ(row->titleAttributes(), other->titleAttributes());
+    EXPECT_EQ(row->placeholderAttributes(), other->placeholderAttributes());
+    other->setStatus(2);
+    EXPECT_NE(row->titleAttributes(), other->titleAttributes());
+    EXPECT_EQ(row->placeholderAttributes(), other->placeholderAttributes());
 }
 
 TEST_F(KRCheckListItemViewTests, TitleFieldShowsTheTitleWithTheTitleAttributesAfterAnUpdate) {
@@ -832,7 +843,7 @@ TEST_F(KRCheckListItemViewTests, PlaceholderKeepsTheAttributesCurrentWhenItWasSe
     // Before any update there are no placeholder attributes yet; the update the change runs leaves the
     // placeholder as it was set.
     row->setPlaceholder(QStringLiteral("Add an item"));
-    EXPECT_TRUE(row->placeholderAttributes().has_value());
+    EXPECT_TRUE(row->placeholderAttributes() != nullptr);
     EXPECT_EQ(row->titleTextField()->placeholderAttributedString().leadingAttributes().count(), 0u);
 
     row->setPlaceholder(QStringLiteral("Add another item"));

@@ -18,10 +18,13 @@ enum KRTrackingAreaOptions : unsigned {
     KRTrackingInVisibleRect = 0x200,
 };
 
-// A region of a view (in the view's coordinates) that reports the pointer to its owner.
-class KRTrackingArea : public KRObject {
+// A region of a view (in the view's coordinates) that reports the pointer to its owner. A plain value-like
+// object: nothing observes it or refers to it weakly, and every row holds a few.
+class KRTrackingArea {
 public:
     KRTrackingArea(KRRect rect, unsigned options, KRResponder* owner, QVariantMap userInfo = {});
+    KRTrackingArea(const KRTrackingArea&) = delete;
+    KRTrackingArea& operator=(const KRTrackingArea&) = delete;
 
     KRRect rect() const { return m_rect; }
     unsigned options() const { return m_options; }
