@@ -632,15 +632,14 @@ void KRCheckListItemView::update() {
     checkBox.setImageAlpha(1.0);
     checkBox.endUpdates();
 
+    // Handle, title colour and dividers never animate, whatever the caller opened around the change.
     KRView::performWithoutAnimation([&] {
         KRButtonView& handle = *m_handleButtonView;
         handle.beginUpdates();
         handle.setImageColor(looks.handleImageColor);
         handle.setImageAlpha(looks.handleImageAlpha);
         handle.endUpdates();
-    });
-    KRView::performWithoutAnimation([&] { m_titleTextField->setTextColor(looks.titleTextColor); });
-    KRView::performWithoutAnimation([&] {
+        m_titleTextField->setTextColor(looks.titleTextColor);
         m_topDividerView->setAlphaValue(drawsTopDivider ? 1.0 : 0.0);
         m_bottomDividerView->setAlphaValue(drawsBottomDivider ? 1.0 : 0.0);
     });
