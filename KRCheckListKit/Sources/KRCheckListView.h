@@ -1,0 +1,339 @@
+#pragma once
+
+#include "KRCheckListFieldEditor.h"
+#include "KRCheckListItemView.h"
+#include "KRCheckListViewDataSource.h"
+#include "KRCheckListViewDelegate.h"
+
+#include "Foundation/KRClientMethods.h"
+#include "Foundation/KRIndexSet.h"
+#include "Foundation/KRRange.h"
+#include "Foundation/KRTypes.h"
+#include "Views/KRView.h"
+
+#include <QHash>
+#include <QJsonValue>
+#include <QStringList>
+#include <QVariantMap>
+
+#include <memory>
+#include <vector>
+
+class KRCheckListDropPlaceholderContentView;
+
+// The private pasteboard type of copied items (and the list's one dragged type).
+extern const QString KRCheckListItemsAsJSONPasteboardType;
+
+// The contexts of observations the list recognises; their addresses, not their texts, identify them.
+extern const char* const KRCheckListObserveKeyPathsTriggeringSetNeedsUpdateContext;
+extern const char* const KRCheckListObserveKeyPathsTriggeringSetNeedsLayoutContext;
+
+// Where every view of the list goes for one size, and the size the list would like.
+struct KRCheckListViewLayout {
+    KRSize size;
+    std::vector<KRRect> itemViewFrames;
+    KRRect dropPlaceholderContentViewFrame;
+    KRUInteger dropPlaceholderIndex = KRNotFound;
+    KRRect dropPlaceholderFrame;
+    KRSize sizeThatFits;
+
+    // The entry names, in the order above.
+    static const QStringList& keys();
+    // The layout as a record keyed by those names.
+    QVariantMap dictionary() const;
+};
+
+using KRCheckListItemViews = std::vector<std::shared_ptr<KRCheckListItemView>>;
+using KRCheckListItemViewsByIdentifier = QHash<QJsonValue, std::shared_ptr<KRCheckListItemView>>;
+
+// A vertical list of items, one KRCheckListItemView per item. The list owns no item data: a data source
+// answers the items and carries out changes, a delegate is told before and after everything the list does.
+// After changing its items the data source reports the change between beginUpdates and endUpdates.
+//
+// Every message to a client goes through a method of the list that bears the client method's own name;
+// optional methods a client does not override are skipped, required ones of a missing client answer zero.
+class KRCheckListView : public KRView,
+                        public KRCheckListItemViewDelegate,
+                        public KRCheckListFieldEditorDelegate {
+public:
+    explicit KRCheckListView(KRRect frame = KRRectZero);
+    ~KRCheckListView() override;
+
+    // Clients (held weakly) ------------------------------------------------------------------------------
+    std::shared_ptr<KRCheckListViewDataSource> dataSource() const { return m_dataSource.lock(); }
+    template <class T> void setDataSource(const std::shared_ptr<T>& dataSource) {
+        setDataSource(std::static_pointer_cast<KRCheckListViewDataSource>(dataSource),
+                      KRCheckListViewDataSourceMethodsOf<T>());
+    }
+    void setDataSource(std::nullptr_t) { setDataSource(nullptr, KRClientMethods()); }
+    void setDataSource(const std::shared_ptr<KRCheckListViewDataSource>& dataSource,
+                       KRClientMethods optionalMethods);
+    bool dataSourceRespondsTo(KRCheckListViewDataSourceMethod method) const;
+
+    std::shared_ptr<KRCheckListViewDelegate> delegate() const { return m_delegate.lock(); }
+    template <class T> void setDelegate(const std::shared_ptr<T>& delegate) {
+        setDelegate(std::static_pointer_cast<KRCheckListViewDelegate>(delegate),
+                    KRCheckListViewDelegateMethodsOf<T>());
+    }
+    void setDelegate(std::nullptr_t) { setDelegate(nullptr, KRClientMethods()); }
+    void setDelegate(const std::shared_ptr<KRCheckListViewDelegate>& delegate, KRClientMethods methods);
+    bool delegateRespondsTo(KRCheckListViewDelegateMethod method) const;
+
+    // State ----------------------------------------------------------------------------------------------
+    // Kept for the host; the list itself never reads it.
+    const QString& placeholder() const { return m_placeholder; }
+    void setPlaceholder(const QString& placeholder) { m_placeholder = placeholder; }
+    const KRCheckListItemViews& checkListItemViews() const { return m_checkListItemViews; }
+    const KRCheckListItemViewsByIdentifier& checkListItemViewsByIdentifier() const {
+        return m_checkListItemViewsByIdentifier;
+    }
+    const std::shared_ptr<KRCheckListItemView>& dummyCheckListItemView() const { return m_dummyCheckListItemView; }
+    const std::shared_ptr<KRCheckListFieldEditor>& fieldEditor() const { return m_fieldEditor; }
+    const std::shared_ptr<KRCheckListDropPlaceholderContentView>& dropPlaceholderContentView() const {
+        return m_dropPlaceholderContentView;
+    }
+    KRUInteger indexForEditedItem() const { return m_indexForEditedItem; }
+    const KRIndexSet& indexesForSelectedItems() const { return m_indexesForSelectedItems; }
+    KRIndexSet indexesForEditedOrSelectedItems() const;
+    KRInteger pivotIndex() const { return m_pivotIndex; }
+    bool hasFocus() const { return m_hasFocus; }
+    bool isUpdating() const { return m_updating; }
+    bool isReloading() const { return m_reloading; }
+    bool isBecomingFirstResponder() const { return m_becomingFirstResponder; }
+    bool isBeginningEditing() const { return m_beginningEditing; }
+    bool isEndingEditing() const { return m_endingEditing; }
+    bool isGainingFocus() const { return m_gainingFocus; }
+    bool isLosingFocus() const { return m_losingFocus; }
+    bool isSelecting() const { return m_selecting; }
+    bool didHandleLastKeyDownEvent() const { return m_didHandleLastKeyDownEvent; }
+    bool isDragging() const { return m_dragging; }
+    double heightOfFirstDraggedItem() const { return m_heightOfFirstDraggedItem; }
+    bool isUpdateScheduled() const { return m_updateScheduled; }
+    KRSize lastSizeThatFits() const { return m_lastSizeThatFits; }
+    KRRect dropPlaceholderFrame() const { return m_dropPlaceholderFrame; }
+    KRUInteger dropPlaceholderIndex() const { return m_dropPlaceholderIndex; }
+    KRRect insertionPointRectOnScreen() const { return m_insertionPointRectOnScreen; }
+    KRRect insertionPointRect() const { return m_insertionPointRect; }
+
+    // Registry -------------------------------------------------------------------------------------------
+    KRUInteger numberOfItems() const { return m_checkListItemViews.size(); }
+    KRCheckListItemView* checkListViewItemViewForItemAtIndex(KRUInteger index) const;
+    KRUInteger checkListViewIndexForItemView(const KRCheckListItemView* itemView) const;
+    KRUInteger checkListViewIndexForTitleTextField(const KRView* titleTextField) const;
+    KRCheckListItemTitleTextField* checkListViewTitleTextFieldForIndex(KRUInteger index) const;
+    // What the data source last reported, read from the rows.
+    QJsonValue identifierForItemAtIndex(KRUInteger index) const;
+    KRUInteger statusForItemAtIndex(KRUInteger index) const;
+    QString titleForItemAtIndex(KRUInteger index) const;
+
+    // Reload and update transactions ---------------------------------------------------------------------
+    void reloadItems();
+    void beginUpdates();
+    void endUpdates();
+    void updateByReloadingItemsAtIndexes(const KRIndexSet& indexes);
+    void updateByReloadingItemAtIndex(KRUInteger index);
+    void updateByInsertingItemsAtIndexes(const KRIndexSet& indexes);
+    void updateByInsertingItemAtIndex(KRUInteger index);
+    void updateByRemovingItemsAtIndexes(const KRIndexSet& indexes);
+    void updateByRemovingItemAtIndex(KRUInteger index);
+    // Both counted in the order before the move: the block lands before the row that stood at toIndex.
+    void updateByMovingItemsAtIndexesToIndex(const KRIndexSet& indexes, KRUInteger toIndex);
+    void updateByMovingItemAtIndexToIndex(KRUInteger index, KRUInteger toIndex);
+    void updateByMovingItemAtIndexToFinalIndex(KRUInteger index, KRUInteger finalIndex);
+    void checkListViewUpdatePlaceholderForEachItemView();
+
+    // Item operations: announced to the delegate and asked of the data source --------------------------
+    bool canInsertItemsAtIndexes(const KRIndexSet& indexes) const;
+    bool canInsertItemAtIndex(KRUInteger index) const;
+    void insertItemsAtIndexes(const KRIndexSet& indexes);
+    void insertItemAtIndex(KRUInteger index);
+    bool canRemoveItemsAtIndexes(const KRIndexSet& indexes) const;
+    bool canRemoveItemAtIndex(KRUInteger index) const;
+    void removeItemsAtIndexes(const KRIndexSet& indexes);
+    void removeItemAtIndex(KRUInteger index);
+    bool canMoveItemsAtIndexesToIndex(const KRIndexSet& indexes, KRUInteger toIndex) const;
+    bool canMoveItemAtIndexToIndex(KRUInteger index, KRUInteger toIndex) const;
+    void moveItemsAtIndexesToIndex(const KRIndexSet& indexes, KRUInteger toIndex);
+    void moveItemAtIndexToIndex(KRUInteger index, KRUInteger toIndex);
+    void setStatusForItemsAtIndexes(KRUInteger status, const KRIndexSet& indexes);
+    void setStatusForItemAtIndex(KRUInteger status, KRUInteger index);
+    void setTitleForItemAtIndex(const QString& title, KRUInteger index);
+
+    // Selection ------------------------------------------------------------------------------------------
+    void selectItemsAtIndexesByExtendingSelection(const KRIndexSet& indexes, bool extendSelection);
+    void selectItemAtIndexByExtendingSelection(KRUInteger index, bool extendSelection);
+    void deselectItemsAtIndexes(const KRIndexSet& indexes);
+    void deselectItemAtIndex(KRUInteger index);
+    void selectAllItems();
+    void deselectAllItems();
+
+    // Editing --------------------------------------------------------------------------------------------
+    void beginEditingItemAtIndexSelectRange(KRUInteger index, KRRange range);
+    void beginEditingItemAtIndexSelectRangeUseTrackedInsertionPointInFirstLineInLastLine(
+        KRUInteger index, KRRange range, bool useTrackedInsertionPoint, bool inFirstLine, bool inLastLine);
+    void endEditing();
+
+    // Layout and geometry --------------------------------------------------------------------------------
+    KRCheckListViewLayout checkListViewLayoutForSize(KRSize size) const;
+    void layoutSubviews() override;
+    KRSize sizeThatFits(KRSize size) const override;
+    KRIndexSet indexesOfItemsInRect(KRRect rect);
+    KRUInteger indexOfItemAtPoint(KRPoint point);
+    KRRect rectOfItemsInRange(KRRange range) const;
+    KRRect rectOfItemAtIndex(KRUInteger index) const;
+    static KRPoint checkListViewMovePoint(KRPoint point, KRRect insideRect);
+    void checkListViewUpdateDividers();
+    void updateTrackingAreas() override;
+
+    // Forwarders to the data source ----------------------------------------------------------------------
+    KRUInteger checkListViewNumberOfItems(KRCheckListView* checkListView);
+    QJsonValue checkListViewIdentifierForItemAtIndex(KRCheckListView* checkListView, KRUInteger index);
+    KRUInteger checkListViewStatusForItemAtIndex(KRCheckListView* checkListView, KRUInteger index);
+    QString checkListViewTitleForItemAtIndex(KRCheckListView* checkListView, KRUInteger index);
+    KRUInteger checkListViewValidateChangedStatusForItemAtIndex(KRCheckListView* checkListView, KRUInteger status,
+                                                                KRUInteger index);
+    QString checkListViewValidateChangedTitleForItemAtIndex(KRCheckListView* checkListView, const QString& title,
+                                                            KRUInteger index);
+    void checkListViewInsertItemsAtIndexes(KRCheckListView* checkListView, const KRIndexSet& indexes);
+    void checkListViewRemoveItemsAtIndexes(KRCheckListView* checkListView, const KRIndexSet& indexes);
+    void checkListViewMoveItemsAtIndexesToIndex(KRCheckListView* checkListView, const KRIndexSet& indexes,
+                                                KRUInteger toIndex);
+    void checkListViewBeginGrouping(KRCheckListView* checkListView);
+    void checkListViewEndGrouping(KRCheckListView* checkListView);
+    void checkListViewSetStatusForItemAtIndex(KRCheckListView* checkListView, KRUInteger status, KRUInteger index);
+    void checkListViewSetTitleForItemAtIndex(KRCheckListView* checkListView, const QString& title,
+                                             KRUInteger index);
+
+    // Forwarders to the delegate -------------------------------------------------------------------------
+    void checkListViewWillReloadItems(KRCheckListView* checkListView);
+    void checkListViewDidReloadItems(KRCheckListView* checkListView);
+    void checkListViewWillBeginUpdates(KRCheckListView* checkListView);
+    void checkListViewDidEndUpdates(KRCheckListView* checkListView);
+    void checkListViewWillUpdateByReloadingItemsAtIndexes(KRCheckListView* checkListView, const KRIndexSet& indexes);
+    void checkListViewDidUpdateByReloadingItemsAtIndexes(KRCheckListView* checkListView, const KRIndexSet& indexes);
+    void checkListViewWillUpdateByInsertingItemsAtIndexes(KRCheckListView* checkListView, const KRIndexSet& indexes);
+    void checkListViewDidUpdateByInsertingItemsAtIndexes(KRCheckListView* checkListView, const KRIndexSet& indexes);
+    void checkListViewWillUpdateByRemovingItemsAtIndexes(KRCheckListView* checkListView, const KRIndexSet& indexes);
+    void checkListViewDidUpdateByRemovingItemsAtIndexes(KRCheckListView* checkListView, const KRIndexSet& indexes);
+    void checkListViewWillUpdateByMovingItemsAtIndexesToIndex(KRCheckListView* checkListView,
+                                                              const KRIndexSet& indexes, KRUInteger toIndex);
+    void checkListViewDidUpdateByMovingItemsAtIndexesToIndex(KRCheckListView* checkListView,
+                                                             const KRIndexSet& indexes, KRUInteger toIndex);
+    void checkListViewWillUpdateByReloadingItemsAtIndexesAnimated(KRCheckListView* checkListView,
+                                                                  const KRIndexSet& indexes, bool animated);
+    void checkListViewDidUpdateByReloadingItemsAtIndexesAnimated(KRCheckListView* checkListView,
+                                                                 const KRIndexSet& indexes, bool animated);
+    void checkListViewWillUpdateByInsertingItemsAtIndexesAnimated(KRCheckListView* checkListView,
+                                                                  const KRIndexSet& indexes, bool animated);
+    void checkListViewDidUpdateByInsertingItemsAtIndexesAnimated(KRCheckListView* checkListView,
+                                                                 const KRIndexSet& indexes, bool animated);
+    void checkListViewWillUpdateByRemovingItemsAtIndexesAnimated(KRCheckListView* checkListView,
+                                                                 const KRIndexSet& indexes, bool animated);
+    void checkListViewDidUpdateByRemovingItemsAtIndexesAnimated(KRCheckListView* checkListView,
+                                                                const KRIndexSet& indexes, bool animated);
+    void checkListViewWillUpdateByMovingItemsAtIndexesToIndexAnimated(KRCheckListView* checkListView,
+                                                                      const KRIndexSet& indexes, KRUInteger toIndex,
+                                                                      bool animated);
+    void checkListViewDidUpdateByMovingItemsAtIndexesToIndexAnimated(KRCheckListView* checkListView,
+                                                                     const KRIndexSet& indexes, KRUInteger toIndex,
+                                                                     bool animated);
+    void checkListViewWillBeginEditingItemAtIndex(KRCheckListView* checkListView, KRUInteger index);
+    void checkListViewDidBeginEditingItemAtIndex(KRCheckListView* checkListView, KRUInteger index);
+    void checkListViewWillEndEditingItemAtIndex(KRCheckListView* checkListView, KRUInteger index);
+    void checkListViewDidEndEditingItemAtIndex(KRCheckListView* checkListView, KRUInteger index);
+    void checkListViewWillSelectItemsAtIndexes(KRCheckListView* checkListView, const KRIndexSet& indexes);
+    void checkListViewDidSelectItemsAtIndexes(KRCheckListView* checkListView, const KRIndexSet& indexes);
+    void checkListViewDidChangeSizeThatFits(KRCheckListView* checkListView);
+    void checkListViewWillSetStatusForItemAtIndex(KRCheckListView* checkListView, KRUInteger index);
+    void checkListViewDidSetStatusForItemAtIndex(KRCheckListView* checkListView, KRUInteger index);
+    void checkListViewWillSetTitleForItemAtIndex(KRCheckListView* checkListView, KRUInteger index);
+    void checkListViewDidSetTitleForItemAtIndex(KRCheckListView* checkListView, KRUInteger index);
+    void checkListViewWillInsertItemsAtIndexes(KRCheckListView* checkListView, const KRIndexSet& indexes);
+    void checkListViewDidInsertItemsAtIndexes(KRCheckListView* checkListView, const KRIndexSet& indexes);
+    void checkListViewWillRemoveItemsAtIndexes(KRCheckListView* checkListView, const KRIndexSet& indexes);
+    void checkListViewDidRemoveItemsAtIndexes(KRCheckListView* checkListView, const KRIndexSet& indexes);
+    void checkListViewWillMoveItemsAtIndexesToIndex(KRCheckListView* checkListView, const KRIndexSet& indexes,
+                                                    KRUInteger toIndex);
+    void checkListViewDidMoveItemsAtIndexesToIndex(KRCheckListView* checkListView, const KRIndexSet& indexes,
+                                                   KRUInteger toIndex);
+    void checkListViewDidCommitEditing(KRCheckListView* checkListView);
+    void checkListViewDidCancelEditing(KRCheckListView* checkListView);
+    void checkListViewWillGainFocus(KRCheckListView* checkListView);
+    void checkListViewDidGainFocus(KRCheckListView* checkListView);
+    void checkListViewWillLoseFocus(KRCheckListView* checkListView);
+    void checkListViewDidLoseFocus(KRCheckListView* checkListView);
+    bool checkListViewTextViewDoCommandBySelector(KRCheckListView* checkListView, KRTextView* textView,
+                                                  const KRSelector& selector);
+    QUndoStack* checkListViewUndoManagerForTextView(KRCheckListView* checkListView, KRTextView* textView);
+
+    // KRCheckListItemViewDelegate ------------------------------------------------------------------------
+    QString checkListItemViewValidateChangedTitle(KRCheckListItemView* itemView, const QString& title) override;
+    KRUInteger checkListItemViewValidateChangedStatus(KRCheckListItemView* itemView, KRUInteger status) override;
+    void checkListItemViewDidChangeSizeThatFits(KRCheckListItemView* itemView) override;
+    void checkListItemViewDidEndEditingTitle(KRCheckListItemView* itemView) override;
+    void checkListItemViewDidChangeHighlighted(KRCheckListItemView* itemView) override;
+
+    // KRCheckListFieldEditorDelegate ---------------------------------------------------------------------
+    bool checkListFieldEditorMouseDown(KRCheckListFieldEditor* fieldEditor, const KREvent& event) override;
+
+    // KRObject / KRView ----------------------------------------------------------------------------------
+    void observeValueForKeyPath(const char* keyPath, KRObject* object, const KRKeyValueChange& change,
+                                const void* context) override;
+    bool acceptsFirstMouse(const KREvent* event) const override;
+
+    // Set-up and tear-down, in load order; unload runs the reverse. Public so that subclasses and tests can
+    // follow the sequence.
+    void checkListViewLoad();
+    void checkListViewUnload();
+
+private:
+    void checkListViewSetUpSelf();
+    void checkListViewTearDownSelf();
+    void checkListViewSetUpFieldEditor();
+    void checkListViewTearDownFieldEditor();
+    void checkListViewSetUpDummyCheckListItemView();
+    void checkListViewTearDownDummyCheckListItemView();
+    void checkListItemViewSetUpDropPlaceholderContentView();
+    void checkListItemViewTearDownDropPlaceholderContentView();
+    void checkListViewHookUp();
+    void checkListViewBreakUp();
+    void checkListViewBeginTrackingMouse();
+    void checkListViewEndTrackingMouse();
+    void checkListViewBeginObservingKeyPaths();
+    void checkListViewEndObservingKeyPaths();
+    void checkListViewBeginObservingNotifications();
+    void checkListViewEndObservingNotifications();
+    void checkListItemViewRegisterForDraggedTypes();
+
+    std::weak_ptr<KRCheckListViewDataSource> m_dataSource;
+    KRClientMethods m_dataSourceMethods;
+    std::weak_ptr<KRCheckListViewDelegate> m_delegate;
+    KRClientMethods m_delegateMethods;
+    QString m_placeholder;
+    KRCheckListItemViews m_checkListItemViews;
+    KRCheckListItemViewsByIdentifier m_checkListItemViewsByIdentifier;
+    std::shared_ptr<KRCheckListItemView> m_dummyCheckListItemView;
+    std::shared_ptr<KRCheckListFieldEditor> m_fieldEditor;
+    std::shared_ptr<KRCheckListDropPlaceholderContentView> m_dropPlaceholderContentView;
+    KRIndexSet m_indexesForSelectedItems;
+    KRUInteger m_indexForEditedItem = KRNotFound;
+    KRInteger m_pivotIndex = 0;
+    KRSize m_lastSizeThatFits;
+    KRRect m_dropPlaceholderFrame;
+    KRUInteger m_dropPlaceholderIndex = 0;
+    KRRect m_insertionPointRectOnScreen = KRRectNull;
+    KRRect m_insertionPointRect;
+    double m_heightOfFirstDraggedItem = 0.0;
+    bool m_hasFocus = false;
+    bool m_updating = false;
+    bool m_reloading = false;
+    bool m_becomingFirstResponder = false;
+    bool m_beginningEditing = false;
+    bool m_endingEditing = false;
+    bool m_gainingFocus = false;
+    bool m_losingFocus = false;
+    bool m_selecting = false;
+    bool m_didHandleLastKeyDownEvent = false;
+    bool m_dragging = false;
+    bool m_updateScheduled = false;
+};
