@@ -14,11 +14,36 @@ bool sameKey(const char* a, const char* b) {
 
 } // namespace
 
+// One node of the shared tree of self-registrations: a registration and the path that led to it. Nodes live
+// for the whole process; the tree holds as many paths as there are distinct registration sequences.
+struct KRObject::SelfObservation {
+    const SelfObservation* previous;
+    const char* keyPath;
+    unsigned options;
+    const void* context;
+    std::size_t count; // registrations on the path up to and including this one
+    mutable std::vector<std::unique_ptr<SelfObservation>> next;
+
+    static const SelfObservation* following(const SelfObservation* node, const char* keyPath,
+                                            unsigned options, const void* context) {
+        static std::vector<std::unique_ptr<SelfObservation>> roots;
+        auto& children = node ? node->next : roots;
+        for (const auto& child : children) {
+            if (child->keyPath == keyPath && child->options == options && child->context == context) {
+                return child.get();
+            }
+        }
+        children.push_back(std::unique_ptr<SelfObservation>(
+            new SelfObservation{node, keyPath, options, context, node ? node->count + 1 : 1, {}}));
+        return children.back().get();
+    }
+};
+
 KRObject::~KRObject() {
-    if (m_lifetimeToken) {
+    if (m_side && m_side->lifetimeToken) {
         // Anyone still holding a strong copy of the token sees null too.
-        *m_lifetimeToken = nullptr;
-        m_lifetimeToken.reset();
+        *m_side->lifetimeToken = nullptr;
+        m_side->lifetimeToken.reset();
     }
 }
 
@@ -31,41 +56,78 @@ QString KRObject::description() const {
     return QStringLiteral("<%1: 0x%2>").arg(className).arg(reinterpret_cast<quintptr>(this), 0, 16);
 }
 
-void KRObject::reserveObservations(std::size_t count) {
-    if (!m_observations) {
-        m_observations = std::make_unique<std::vector<Observation>>();
+KRObject::Side& KRObject::side() const {
+    if (!m_side) {
+        m_side = std::make_unique<Side>();
     }
-    m_observations->reserve(count);
+    return *m_side;
 }
 
-const std::vector<KRObject::Observation>& KRObject::observationInfo() const {
-    static const std::vector<Observation> none;
-    return m_observations ? *m_observations : none;
+std::size_t KRObject::observationCount() const {
+    if (m_selfObservations) {
+        return m_selfObservations->count;
+    }
+    return m_side ? m_side->observations.size() : 0;
+}
+
+void KRObject::reserveObservations(std::size_t count) {
+    if (hasExplicitObservations()) {
+        m_side->observations.reserve(count);
+    }
+}
+
+std::vector<KRObject::Observation> KRObject::observationInfo() const {
+    if (!m_selfObservations) {
+        return m_side ? m_side->observations : std::vector<Observation>();
+    }
+    std::vector<Observation> observations(m_selfObservations->count);
+    auto slot = observations.rbegin();
+    for (const SelfObservation* node = m_selfObservations; node; node = node->previous, ++slot) {
+        *slot = Observation{const_cast<KRObject*>(this), node->keyPath, node->options, node->context};
+    }
+    return observations;
+}
+
+void KRObject::makeObservationsExplicit() {
+    if (!m_selfObservations) {
+        return;
+    }
+    side().observations = observationInfo();
+    m_selfObservations = nullptr;
 }
 
 const std::shared_ptr<KRObject*>& KRObject::lifetimeToken() const {
-    if (!m_lifetimeToken) {
-        m_lifetimeToken = std::make_shared<KRObject*>(const_cast<KRObject*>(this));
+    Side& mine = side();
+    if (!mine.lifetimeToken) {
+        mine.lifetimeToken = std::make_shared<KRObject*>(const_cast<KRObject*>(this));
     }
-    return m_lifetimeToken;
+    return mine.lifetimeToken;
 }
 
 void KRObject::addObserver(KRObject* observer, const char* keyPath, unsigned options, const void* context) {
     if (!observer || !keyPath) {
         return;
     }
-    if (!m_observations) {
-        m_observations = std::make_unique<std::vector<Observation>>();
+    if (observer == this && !hasExplicitObservations()) {
+        m_selfObservations = SelfObservation::following(m_selfObservations, keyPath, options, context);
+        return;
     }
-    m_observations->push_back(Observation{observer, keyPath, options, context});
+    makeObservationsExplicit();
+    side().observations.push_back(Observation{observer, keyPath, options, context});
 }
 
 void KRObject::removeObserver(KRObject* observer, const char* keyPath, const void* context) {
-    if (!m_observations) {
+    // The most recent matching registration goes first, so nested add/remove pairs unwind correctly.
+    const SelfObservation* last = m_selfObservations;
+    if (last && observer == this && last->context == context && sameKey(last->keyPath, keyPath)) {
+        m_selfObservations = last->previous;
         return;
     }
-    // The most recent matching registration goes first, so nested add/remove pairs unwind correctly.
-    auto& observations = *m_observations;
+    makeObservationsExplicit();
+    if (!m_side) {
+        return;
+    }
+    auto& observations = m_side->observations;
     for (auto it = observations.rbegin(); it != observations.rend(); ++it) {
         if (it->observer == observer && it->context == context && sameKey(it->keyPath, keyPath)) {
             observations.erase(std::next(it).base());
@@ -75,12 +137,36 @@ void KRObject::removeObserver(KRObject* observer, const char* keyPath, const voi
 }
 
 bool KRObject::hasObserversForKey(const char* keyPath) const {
-    if (!m_observations) {
+    for (const SelfObservation* node = m_selfObservations; node; node = node->previous) {
+        if (sameKey(node->keyPath, keyPath)) {
+            return true;
+        }
+    }
+    if (!m_side) {
         return false;
     }
     return std::any_of(
-        m_observations->begin(), m_observations->end(),
+        m_side->observations.begin(), m_side->observations.end(),
         [keyPath](const Observation& observation) { return sameKey(observation.keyPath, keyPath); });
+}
+
+bool KRObject::isRegistered(const Observation& observation) const {
+    const auto same = [&](KRObject* observer, const char* keyPath, unsigned options, const void* context) {
+        return observer == observation.observer && context == observation.context &&
+               options == observation.options && sameKey(keyPath, observation.keyPath);
+    };
+    for (const SelfObservation* node = m_selfObservations; node; node = node->previous) {
+        if (same(const_cast<KRObject*>(this), node->keyPath, node->options, node->context)) {
+            return true;
+        }
+    }
+    if (!m_side) {
+        return false;
+    }
+    return std::any_of(m_side->observations.begin(), m_side->observations.end(),
+                       [&](const Observation& current) {
+                           return same(current.observer, current.keyPath, current.options, current.context);
+                       });
 }
 
 void KRObject::observeValueForKeyPath(const char*, KRObject*, const KRKeyValueChange&, const void*) {}
@@ -94,32 +180,21 @@ bool KRObject::respondsToSelector(const KRSelector&) const {
 }
 
 void KRObject::didChangeValueForKey(const char* keyPath, const QVariant& oldValue, const QVariant& newValue) {
-    if (!m_observations) {
-        return;
-    }
     // Observers may add or remove registrations (or release this object) while being told; work from a
     // snapshot and re-check each registration before calling it.
-    std::vector<Observation> matching;
-    for (const Observation& observation : *m_observations) {
-        if (sameKey(observation.keyPath, keyPath)) {
-            matching.push_back(observation);
-        }
-    }
+    std::vector<Observation> matching = observationInfo();
+    std::erase_if(matching, [keyPath](const Observation& observation) {
+        return !sameKey(observation.keyPath, keyPath);
+    });
     if (matching.empty()) {
         return;
     }
     const std::weak_ptr<KRObject*> alive = lifetimeToken();
     for (const Observation& observation : matching) {
-        if (alive.expired() || !m_observations) {
+        if (alive.expired()) {
             return;
         }
-        const bool stillRegistered =
-            std::any_of(m_observations->begin(), m_observations->end(), [&](const Observation& current) {
-                return current.observer == observation.observer && current.context == observation.context &&
-                       current.options == observation.options &&
-                       sameKey(current.keyPath, observation.keyPath);
-            });
-        if (!stillRegistered) {
+        if (!isRegistered(observation)) {
             continue;
         }
         KRKeyValueChange change;

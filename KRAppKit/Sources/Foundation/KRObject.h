@@ -54,11 +54,12 @@ public:
     void addObserver(KRObject* observer, const char* keyPath, unsigned options, const void* context);
     void removeObserver(KRObject* observer, const char* keyPath, const void* context);
     bool hasObserversForKey(const char* keyPath) const;
-    std::size_t observationCount() const { return m_observations ? m_observations->size() : 0; }
-    // Room for count registrations, for an object that knows how many it is about to make.
+    std::size_t observationCount() const;
+    // Room for count registrations, for an object that knows how many it is about to make. Observations of
+    // an object by itself need no room (see SelfObservation).
     void reserveObservations(std::size_t count);
     // The registrations in the order they were made.
-    const std::vector<Observation>& observationInfo() const;
+    std::vector<Observation> observationInfo() const;
 
     virtual void observeValueForKeyPath(const char* keyPath, KRObject* object, const KRKeyValueChange& change,
                                         const void* context);
@@ -84,8 +85,24 @@ protected:
     void didChangeValueForKey(const char* keyPath, const QVariant& oldValue, const QVariant& newValue);
 
 private:
-    std::unique_ptr<std::vector<Observation>> m_observations;
-    mutable std::shared_ptr<KRObject*> m_lifetimeToken;
+    struct SelfObservation;
+    // What few objects need: registrations by other observers, and the token weak references watch.
+    struct Side {
+        std::vector<Observation> observations;
+        std::shared_ptr<KRObject*> lifetimeToken;
+    };
+
+    Side& side() const;
+    bool hasExplicitObservations() const { return m_side && !m_side->observations.empty(); }
+    // Moves the shared self-registrations into this object's own list, keeping their order.
+    void makeObservationsExplicit();
+    bool isRegistered(const Observation& observation) const;
+
+    // Objects that observe their own keys (every list row does, a dozen times) share their registrations:
+    // while only the object itself observes, the list is a path in a process-wide tree of registration
+    // sequences, and the object holds the last node of its path.
+    const SelfObservation* m_selfObservations = nullptr;
+    mutable std::unique_ptr<Side> m_side;
 };
 
 // A non-owning reference that reads as null once its object is destroyed.

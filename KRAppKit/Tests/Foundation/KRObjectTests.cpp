@@ -342,3 +342,75 @@ TEST(KRObjectTests, ObservationInfoListsRegistrationsInTheirOrder) {
     object.removeObserver(&object, "title", &contextA);
     EXPECT_TRUE(object.observationInfo().empty());
 }
+
+namespace {
+
+// An object that observes its own "title" and "count", and says so in a shared journal.
+class SelfObserving : public TitledObject {
+public:
+    explicit SelfObserving(QStringList* journal) : m_journal(journal) {}
+
+    void observeValueForKeyPath(const char* keyPath, KRObject*, const KRKeyValueChange&,
+                                const void*) override {
+        m_journal->append(QStringLiteral("self:") + QString::fromLatin1(keyPath));
+    }
+
+private:
+    QStringList* m_journal;
+};
+
+} // namespace
+
+TEST(KRObjectTests, SelfAndForeignObserversAreToldInRegistrationOrder) {
+    QStringList journal;
+    SelfObserving object(&journal);
+    Recorder recorder(QStringLiteral("recorder"), &journal);
+    static const char context = 'c';
+    object.addObserver(&object, "title", KRKeyValueObservingOptionNone, &context);
+    object.addObserver(&recorder, "title", KRKeyValueObservingOptionNone, &context);
+    object.addObserver(&object, "title", KRKeyValueObservingOptionNew, &context);
+
+    object.setTitle(QStringLiteral("a"));
+
+    EXPECT_EQ(journal, QStringList({"self:title", "recorder", "self:title"}));
+    ASSERT_EQ(object.observationCount(), 3u);
+    EXPECT_EQ(object.observationInfo()[1].observer, &recorder);
+}
+
+TEST(KRObjectTests, RemovingAnEarlierSelfRegistrationKeepsTheLaterOnes) {
+    QStringList journal;
+    SelfObserving object(&journal);
+    static const char first = '1';
+    static const char second = '2';
+    object.addObserver(&object, "title", KRKeyValueObservingOptionNone, &first);
+    object.addObserver(&object, "count", KRKeyValueObservingOptionNone, &second);
+
+    object.removeObserver(&object, "title", &first);
+    object.setTitle(QStringLiteral("a"));
+    object.setCount(2);
+
+    EXPECT_EQ(journal, QStringList({"self:count"}));
+    ASSERT_EQ(object.observationCount(), 1u);
+    EXPECT_EQ(object.observationInfo()[0].context, &second);
+}
+
+TEST(KRObjectTests, ObjectsWithTheSameSelfRegistrationsEachKeepTheirOwn) {
+    QStringList journalA;
+    QStringList journalB;
+    SelfObserving a(&journalA);
+    SelfObserving b(&journalB);
+    static const char context = 'c';
+    for (SelfObserving* object : {&a, &b}) {
+        object->addObserver(object, "title", KRKeyValueObservingOptionNone, &context);
+    }
+    b.addObserver(&b, "count", KRKeyValueObservingOptionNone, &context);
+
+    a.setTitle(QStringLiteral("x"));
+    a.setCount(1);
+    b.setCount(1);
+
+    EXPECT_EQ(journalA, QStringList({"self:title"}));
+    EXPECT_EQ(journalB, QStringList({"self:count"}));
+    EXPECT_EQ(a.observationInfo()[0].observer, &a);
+    EXPECT_EQ(b.observationInfo()[0].observer, &b);
+}
