@@ -40,10 +40,7 @@ KRButtonView::KRButtonView(KRRect frame) : KRView(frame) {
     rebuildTrackingArea();
 }
 
-// The image-scale animation registers the button itself, so make sure the engine forgets it.
-KRButtonView::~KRButtonView() {
-    KRAnimationEngine::shared().removeAnimatingObject(this);
-}
+KRButtonView::~KRButtonView() = default;
 
 // Looks ----------------------------------------------------------------------------------------------------
 
@@ -252,7 +249,7 @@ void KRButtonView::restoreScaleAnimated() {
             return;
         }
         m_imageScaleAnimation = ImageScaleAnimation{from, KRClock::now(), std::move(function)};
-        KRAnimationEngine::shared().addAnimatingObject(this);
+        beginAnimating();
     });
 }
 

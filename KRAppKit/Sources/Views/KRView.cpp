@@ -6,6 +6,7 @@
 #include "Views/KRWindow.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <cstring>
 
@@ -40,11 +41,19 @@ KRPoint offsetIntoParent(KRPoint point, const KRView& child) {
 
 } // namespace
 
+struct KRView::Animations final : KRAnimatable {
+    explicit Animations(KRView* owner) : view(owner) {}
+    bool advanceAnimationsToTime(double now) override { return view->advanceAnimationsToTime(now); }
+
+    KRView* view;
+    std::vector<RunningAnimation> running;
+};
+
 KRView::KRView(KRRect frame) : m_frame(frame) {}
 
 KRView::~KRView() {
     if (m_animations) {
-        KRAnimationEngine::shared().removeAnimatingObject(this);
+        KRAnimationEngine::shared().removeAnimatingObject(m_animations.get());
         auto finished = std::move(m_animations);
     }
     for (const auto& subview : m_subviews) {
@@ -55,21 +64,44 @@ KRView::~KRView() {
 
 // Built in place and never destroyed: reading the defaults allocates nothing, and a view torn down during
 // static destruction still reads valid ones.
-const KRView::Extras& KRView::defaultExtras() {
-    union Holder {
-        Holder() : extras() {}
-        ~Holder() {}
-        Extras extras;
-    };
-    static const Holder holder;
-    return holder.extras;
+const KRView::Looks& KRView::defaultLooks() {
+    static const Looks defaults;
+    return defaults;
 }
 
-KRView::Extras& KRView::mutableExtras() {
-    if (!m_extras) {
-        m_extras = std::make_unique<Extras>();
+std::shared_ptr<const KRView::Looks> KRView::sharedLooks(const Looks& looks) {
+    if (looks == defaultLooks()) {
+        return nullptr;
     }
-    return *m_extras;
+    // The looks set most recently; a list's rows cycle through a handful.
+    static std::array<std::shared_ptr<const Looks>, 16> recent;
+    static std::size_t next = 0;
+    for (const auto& candidate : recent) {
+        if (candidate && *candidate == looks) {
+            return candidate;
+        }
+    }
+    auto shared = std::make_shared<const Looks>(looks);
+    recent[next] = shared;
+    next = (next + 1) % recent.size();
+    return shared;
+}
+
+const KRView::Identity& KRView::defaultIdentity() {
+    union Holder {
+        Holder() : identity() {}
+        ~Holder() {}
+        Identity identity;
+    };
+    static const Holder holder;
+    return holder.identity;
+}
+
+KRView::Identity& KRView::mutableIdentity() {
+    if (!m_identity) {
+        m_identity = std::make_unique<Identity>();
+    }
+    return *m_identity;
 }
 
 // Tree ---------------------------------------------------------------------------------------------------
@@ -234,10 +266,10 @@ void KRView::frameDidChange(bool sizeChanged) {
 }
 
 void KRView::setBoundsOrigin(KRPoint origin) {
-    if (origin == extras().boundsOrigin) {
+    if (origin == identity().boundsOrigin) {
         return;
     }
-    mutableExtras().boundsOrigin = origin;
+    mutableIdentity().boundsOrigin = origin;
     setNeedsDisplay();
 }
 
@@ -264,17 +296,17 @@ void KRView::setIdentifier(const QString& identifier) {
 }
 
 void KRView::setObjectValue(const QJsonValue& value) {
-    if (!m_extras && value.isNull()) {
+    if (!m_identity && value.isNull()) {
         return;
     }
-    mutableExtras().objectValue = value;
+    mutableIdentity().objectValue = value;
 }
 
 void KRView::setTag(int tag) {
-    if (!m_extras && tag == 0) {
+    if (!m_identity && tag == 0) {
         return;
     }
-    mutableExtras().tag = tag;
+    mutableIdentity().tag = tag;
 }
 
 // Visibility and layer looks -----------------------------------------------------------------------------
@@ -316,7 +348,10 @@ void KRView::setBorderColor(const QColor& color) {
     if (sameColor(color, borderColor())) {
         return;
     }
-    setAnimatedColor(KRBorderColorKey, mutableExtras().borderColor, color);
+    animateKey(KRBorderColorKey, KRAnimatableValue::fromColor(presentationBorderColor()),
+               KRAnimatableValue::fromColor(color));
+    changeLooks([&](Looks& looks) { looks.borderColor = color; });
+    setNeedsDisplay();
 }
 
 QColor KRView::presentationBorderColor() const {
@@ -327,7 +362,7 @@ void KRView::setBorderWidth(double width) {
     if (width == borderWidth()) {
         return;
     }
-    mutableExtras().borderWidth = width;
+    changeLooks([&](Looks& looks) { looks.borderWidth = width; });
     setNeedsDisplay();
 }
 
@@ -335,7 +370,7 @@ void KRView::setCornerRadius(double radius) {
     if (radius == cornerRadius()) {
         return;
     }
-    mutableExtras().cornerRadius = radius;
+    changeLooks([&](Looks& looks) { looks.cornerRadius = radius; });
     setNeedsDisplay();
 }
 
@@ -351,7 +386,11 @@ void KRView::setShadowOpacity(double opacity) {
     if (opacity == shadowOpacity()) {
         return;
     }
-    setAnimatedDouble(KRShadowOpacityKey, nullptr, mutableExtras().shadowOpacity, opacity);
+    setNeedsDisplay();
+    animateKey(KRShadowOpacityKey, KRAnimatableValue::fromDouble(presentationShadowOpacity()),
+               KRAnimatableValue::fromDouble(opacity));
+    changeLooks([&](Looks& looks) { looks.shadowOpacity = opacity; });
+    setNeedsDisplay();
 }
 
 double KRView::presentationShadowOpacity() const {
@@ -363,7 +402,7 @@ void KRView::setShadowRadius(double radius) {
         return;
     }
     setNeedsDisplay();
-    mutableExtras().shadowRadius = radius;
+    changeLooks([&](Looks& looks) { looks.shadowRadius = radius; });
     setNeedsDisplay();
 }
 
@@ -372,7 +411,7 @@ void KRView::setShadowOffset(KRSize offset) {
         return;
     }
     setNeedsDisplay();
-    mutableExtras().shadowOffset = offset;
+    changeLooks([&](Looks& looks) { looks.shadowOffset = offset; });
     setNeedsDisplay();
 }
 
@@ -380,7 +419,7 @@ void KRView::setShadowColor(const QColor& color) {
     if (sameColor(color, shadowColor())) {
         return;
     }
-    mutableExtras().shadowColor = color;
+    changeLooks([&](Looks& looks) { looks.shadowColor = color; });
     setNeedsDisplay();
 }
 
@@ -388,7 +427,11 @@ void KRView::setScale(double scale) {
     if (scale == this->scale()) {
         return;
     }
-    setAnimatedDouble(KRScaleKey, nullptr, mutableExtras().scale, scale);
+    setNeedsDisplay();
+    animateKey(KRScaleKey, KRAnimatableValue::fromDouble(presentationScale()),
+               KRAnimatableValue::fromDouble(scale));
+    changeLooks([&](Looks& looks) { looks.scale = scale; });
+    setNeedsDisplay();
 }
 
 double KRView::presentationScale() const {
@@ -511,7 +554,7 @@ void KRView::setNeedsDisplay() {
                                   0.25 * std::fabs(start.size.height - m_frame.size.height);
         visual = KRRectInset(KRRectUnion(visual, start), -overshootX, -overshootY);
     }
-    const Extras& looks = extras();
+    const Looks& looks = this->looks();
     const double shadowOpacity = std::max(looks.shadowOpacity, presentationShadowOpacity());
     if (shadowOpacity > 0.0) {
         const double extent = 2.0 * looks.shadowRadius + std::max(std::fabs(looks.shadowOffset.width),
@@ -640,21 +683,21 @@ const std::vector<std::shared_ptr<KRTrackingArea>>& KRView::trackingAreas() cons
 // Responder and key views --------------------------------------------------------------------------------
 
 void KRView::setNextResponder(KRResponder* responder) {
-    if (!m_extras && !responder) {
+    if (!m_identity && !responder) {
         return;
     }
-    mutableExtras().nextResponder.reset(responder);
+    mutableIdentity().nextResponder.reset(responder);
 }
 
 void KRView::setNextKeyView(KRView* view) {
-    if (!m_extras && !view) {
+    if (!m_identity && !view) {
         return;
     }
-    mutableExtras().nextKeyView.reset(view);
+    mutableIdentity().nextKeyView.reset(view);
 }
 
 KRResponder* KRView::nextResponder() const {
-    if (KRResponder* explicitNext = extras().nextResponder.get()) {
+    if (KRResponder* explicitNext = identity().nextResponder.get()) {
         return explicitNext;
     }
     if (m_superview) {
@@ -699,7 +742,7 @@ const KRPropertyAnimation* KRView::runningAnimation(const char* key) const {
     if (!m_animations) {
         return nullptr;
     }
-    for (const auto& running : *m_animations) {
+    for (const auto& running : m_animations->running) {
         if (std::strcmp(running.key, key) == 0) {
             return &running.animation;
         }
@@ -717,10 +760,8 @@ void KRView::animateKey(const char* key, const KRAnimatableValue& presentationVa
     // The replaced animation is stopped only after the new one is in place, so a group shared by both
     // never sees a moment with nothing running.
     std::vector<RunningAnimation> replaced;
-    if (!m_animations) {
-        m_animations = std::make_unique<std::vector<RunningAnimation>>();
-    }
-    auto& animations = *m_animations;
+    beginAnimating();
+    auto& animations = m_animations->running;
     for (auto it = animations.begin(); it != animations.end(); ++it) {
         if (std::strcmp(it->key, key) == 0) {
             replaced.push_back(std::move(*it));
@@ -731,7 +772,6 @@ void KRView::animateKey(const char* key, const KRAnimatableValue& presentationVa
     animations.push_back(
         RunningAnimation{key, KRPropertyAnimation(presentationValue, to, KRClock::now(), std::move(function),
                                                   KRAnimationTransaction::currentGroup())});
-    KRAnimationEngine::shared().addAnimatingObject(this);
     setNeedsDisplay();
 }
 
@@ -740,7 +780,7 @@ void KRView::cancelAnimation(const char* key) {
         return;
     }
     std::vector<RunningAnimation> cancelled;
-    auto& animations = *m_animations;
+    auto& animations = m_animations->running;
     for (auto it = animations.begin(); it != animations.end(); ++it) {
         if (std::strcmp(it->key, key) == 0) {
             cancelled.push_back(std::move(*it));
@@ -762,7 +802,7 @@ bool KRView::advanceAnimationsToTime(double now) {
     // Finished animations are moved out before they are destroyed: destroying one may complete its
     // group, and a completion may start new animations on this very view.
     std::vector<RunningAnimation> finished;
-    auto& animations = *m_animations;
+    auto& animations = m_animations->running;
     for (auto it = animations.begin(); it != animations.end();) {
         if (it->animation.isFinishedAtTime(now)) {
             finished.push_back(std::move(*it));
@@ -772,5 +812,16 @@ bool KRView::advanceAnimationsToTime(double now) {
         }
     }
     finished.clear();
-    return m_animations && !m_animations->empty();
+    return hasRunningAnimations();
+}
+
+bool KRView::hasRunningAnimations() const {
+    return m_animations && !m_animations->running.empty();
+}
+
+void KRView::beginAnimating() {
+    if (!m_animations) {
+        m_animations = std::make_unique<Animations>(this);
+    }
+    KRAnimationEngine::shared().addAnimatingObject(m_animations.get());
 }

@@ -31,7 +31,7 @@ enum class KRWindowOrderingMode { Below = -1, Out = 0, Above = 1 };
 // first setter that changes one of them, so a plain view stays small. Inside KRView::performAnimated, changes
 // of frame, alpha, colours, shadow opacity and scale start implicit animations from what is on screen (the
 // presentation value) to the new model value.
-class KRView : public KRResponder, public KRAnimatable {
+class KRView : public KRResponder {
 public:
     explicit KRView(KRRect frame = KRRectZero);
     ~KRView() override;
@@ -60,7 +60,7 @@ public:
     virtual void setFrameOrigin(KRPoint origin);
     virtual void setFrameSize(KRSize size);
     // Bounds share the frame's size; their origin shifts the content (scrolling).
-    KRRect bounds() const { return KRRect{extras().boundsOrigin, m_frame.size}; }
+    KRRect bounds() const { return KRRect{identity().boundsOrigin, m_frame.size}; }
     void setBoundsOrigin(KRPoint origin);
     // What is on screen now: the model value, or the running animation's current value.
     KRRect presentationFrame() const;
@@ -68,9 +68,9 @@ public:
     // Identity and value ---------------------------------------------------------------------------------
     const QString& identifier() const { return m_identifier; }
     void setIdentifier(const QString& identifier);
-    virtual QJsonValue objectValue() const { return extras().objectValue; }
+    virtual QJsonValue objectValue() const { return identity().objectValue; }
     virtual void setObjectValue(const QJsonValue& value);
-    int tag() const { return extras().tag; }
+    int tag() const { return identity().tag; }
     void setTag(int tag);
 
     // Visibility and layer looks ---------------------------------------------------------------------------
@@ -85,27 +85,27 @@ public:
     QColor backgroundColor() const { return m_backgroundColor; }
     void setBackgroundColor(const QColor& color);
     QColor presentationBackgroundColor() const;
-    QColor borderColor() const { return extras().borderColor; }
+    QColor borderColor() const { return looks().borderColor; }
     void setBorderColor(const QColor& color);
     QColor presentationBorderColor() const;
-    double borderWidth() const { return extras().borderWidth; }
+    double borderWidth() const { return looks().borderWidth; }
     void setBorderWidth(double width);
-    double cornerRadius() const { return extras().cornerRadius; }
+    double cornerRadius() const { return looks().cornerRadius; }
     void setCornerRadius(double radius);
     bool masksToBounds() const { return m_masksToBounds; }
     void setMasksToBounds(bool masks);
     // The shadow falls outside the view, behind its background; it is not clipped by the view itself.
-    double shadowOpacity() const { return extras().shadowOpacity; }
+    double shadowOpacity() const { return looks().shadowOpacity; }
     void setShadowOpacity(double opacity);
     double presentationShadowOpacity() const;
-    double shadowRadius() const { return extras().shadowRadius; }
+    double shadowRadius() const { return looks().shadowRadius; }
     void setShadowRadius(double radius);
-    KRSize shadowOffset() const { return extras().shadowOffset; }
+    KRSize shadowOffset() const { return looks().shadowOffset; }
     void setShadowOffset(KRSize offset);
-    QColor shadowColor() const { return extras().shadowColor; }
+    QColor shadowColor() const { return looks().shadowColor; }
     void setShadowColor(const QColor& color);
     // A scale about the view's centre, applied when drawing (hit testing ignores it).
-    double scale() const { return extras().scale; }
+    double scale() const { return looks().scale; }
     void setScale(double scale);
     double presentationScale() const;
     // A view that ignores mouse events is skipped by hitTest, with its subtree.
@@ -159,7 +159,7 @@ public:
     void setNextResponder(KRResponder* responder);
     virtual bool acceptsFirstMouse(const KREvent* event) const;
     virtual bool canBecomeKeyView() const;
-    KRView* nextKeyView() const { return extras().nextKeyView.get(); }
+    KRView* nextKeyView() const { return identity().nextKeyView.get(); }
     void setNextKeyView(KRView* view);
 
     // Animation ------------------------------------------------------------------------------------------
@@ -171,20 +171,22 @@ public:
                         std::function<void()> completion = {});
     static void performWithoutAnimation(const std::function<void()>& block);
     static void performNonAnimated(bool nonAnimated, const std::function<void()>& block);
-    bool hasRunningAnimations() const { return m_animations && !m_animations->empty(); }
+    bool hasRunningAnimations() const;
     bool hasRunningAnimationForKey(const char* key) const;
-    bool advanceAnimationsToTime(double now) override;
+    // Drops the animations finished at `now` and redisplays; answers whether any still runs.
+    virtual bool advanceAnimationsToTime(double now);
 
 protected:
+    // Asks the animation engine to advance this view (advanceAnimationsToTime) until it answers false.
+    void beginAnimating();
     // Window bookkeeping, called while the tree changes.
     void setWindowRecursively(KRWindow* window);
     friend class KRWindow;
 
 private:
-    // What most views leave at their defaults. The initialisers are the values the getters answer while
-    // the block is absent.
-    struct Extras {
-        KRPoint boundsOrigin;
+    // Layer looks most views leave at their defaults. Views that look alike (every row's background, say)
+    // share one immutable block; a setter swaps in a changed copy. No block means the defaults below.
+    struct Looks {
         KRSize shadowOffset{0.0, 3.0}; // downward: y grows down
         double borderWidth = 0.0;
         double cornerRadius = 0.0;
@@ -193,19 +195,36 @@ private:
         double scale = 1.0;
         QColor borderColor;
         QColor shadowColor{0, 0, 0};
+
+        friend bool operator==(const Looks&, const Looks&) = default;
+    };
+    // Identity and wiring that few views have, allocated by the first setter that needs it.
+    struct Identity {
+        KRPoint boundsOrigin;
         QJsonValue objectValue;
         KRWeak<KRResponder> nextResponder;
         KRWeak<KRView> nextKeyView;
         int tag = 0;
     };
-    static const Extras& defaultExtras();
-    const Extras& extras() const { return m_extras ? *m_extras : defaultExtras(); }
-    Extras& mutableExtras();
+    static const Looks& defaultLooks();
+    const Looks& looks() const { return m_looks ? *m_looks : defaultLooks(); }
+    // Replaces the looks by a copy that change has edited, shared with other views that look the same.
+    template <class Change> void changeLooks(Change change) {
+        Looks changed = looks();
+        change(changed);
+        m_looks = sharedLooks(changed);
+    }
+    static std::shared_ptr<const Looks> sharedLooks(const Looks& looks);
+    static const Identity& defaultIdentity();
+    const Identity& identity() const { return m_identity ? *m_identity : defaultIdentity(); }
+    Identity& mutableIdentity();
 
     struct RunningAnimation {
         const char* key;
         KRPropertyAnimation animation;
     };
+    // The running animations and the engine's handle on the view; only animating views have one.
+    struct Animations;
     // Starts, replaces or cancels the animation of key for a change from the on-screen value to `to`.
     void animateKey(const char* key, const KRAnimatableValue& presentationValue, const KRAnimatableValue& to);
     const KRPropertyAnimation* runningAnimation(const char* key) const;
@@ -227,9 +246,10 @@ private:
     QColor m_backgroundColor;
     // Kept out of the rare block: rows name most of their views, and a literal identifier costs nothing here.
     QString m_identifier;
-    std::unique_ptr<Extras> m_extras;
+    std::shared_ptr<const Looks> m_looks;
+    std::unique_ptr<Identity> m_identity;
     std::unique_ptr<std::vector<std::shared_ptr<KRTrackingArea>>> m_trackingAreas;
-    std::unique_ptr<std::vector<RunningAnimation>> m_animations;
+    std::unique_ptr<Animations> m_animations;
     bool m_hidden = false;
     bool m_masksToBounds = false;
     bool m_ignoresMouseEvents = false;

@@ -109,7 +109,7 @@ void expectDefaults(const KRView& view) {
 
 TEST(KRViewFootprintTest, ViewStaysWithinItsSizeBudget) {
     // A list row is built from about ten views and should stay within a few kilobytes, so the view itself
-    // must stay small: rarely changed looks belong in the lazily allocated block, not here. The identifier
+    // must stay small: rarely changed looks and identity belong in their blocks, not here. The identifier
     // is the one exception: rows name most of their views.
     EXPECT_LE(sizeof(KRView), 192u);
 }
@@ -126,24 +126,52 @@ TEST(KRViewFootprintTest, DefaultsAreAnsweredWithoutAllocating) {
     expectDefaults(view);
 }
 
-TEST(KRViewFootprintTest, TheFirstChangedLookAllocatesOneBlockForAll) {
+TEST(KRViewFootprintTest, ViewsThatLookAlikeShareOneLooksBlock) {
+    KRView first(KRRectMake(10, 20, 30, 40));
+    KRView second(KRRectMake(10, 60, 30, 40));
+    first.setCornerRadius(4.25);
+    first.setBorderWidth(1.25);
+
+    AllocationCounter counter;
+    second.setCornerRadius(4.25);
+    second.setBorderWidth(1.25);
+    const Allocations allocations = counter.stop();
+
+    EXPECT_EQ(allocations.count, 0u);
+    EXPECT_DOUBLE_EQ(second.cornerRadius(), 4.25);
+    EXPECT_DOUBLE_EQ(second.borderWidth(), 1.25);
+}
+
+TEST(KRViewFootprintTest, ChangingOneViewsLooksLeavesTheViewsThatSharedThemAlone) {
+    KRView first(KRRectMake(10, 20, 30, 40));
+    KRView second(KRRectMake(10, 60, 30, 40));
+    first.setCornerRadius(5.5);
+    second.setCornerRadius(5.5);
+
+    second.setCornerRadius(7.0);
+    second.setScale(2.0);
+
+    EXPECT_DOUBLE_EQ(first.cornerRadius(), 5.5);
+    EXPECT_DOUBLE_EQ(first.scale(), 1.0);
+    EXPECT_DOUBLE_EQ(second.cornerRadius(), 7.0);
+}
+
+TEST(KRViewFootprintTest, TheFirstIdentitySetterAllocatesOneBlockForAll) {
     KRView view(KRRectMake(10, 20, 30, 40));
 
     AllocationCounter first;
-    view.setCornerRadius(4.0);
+    view.setTag(7);
     const Allocations firstAllocations = first.stop();
     EXPECT_EQ(firstAllocations.count, 1u);
 
     AllocationCounter rest;
-    view.setBorderWidth(1.0);
-    view.setShadowOpacity(0.5);
-    view.setScale(2.0);
-    view.setTag(7);
     view.setBoundsOrigin(KRPoint{0.0, 5.0});
+    view.setNextKeyView(nullptr);
+    view.setTag(8);
     const Allocations restAllocations = rest.stop();
     EXPECT_EQ(restAllocations.count, 0u);
-    EXPECT_DOUBLE_EQ(view.cornerRadius(), 4.0);
-    EXPECT_DOUBLE_EQ(view.scale(), 2.0);
+    EXPECT_EQ(view.tag(), 8);
+    EXPECT_EQ(view.bounds().origin, (KRPoint{0.0, 5.0}));
 }
 
 TEST(KRViewFootprintTest, ChangedValuesReadBackAndResetToTheDefaults) {
