@@ -8,6 +8,7 @@
 #include "Controls/KRDefaults.h"
 #include "Controls/KRImage.h"
 #include "Foundation/KRAssertionHandler.h"
+#include "Foundation/KRSharedValues.h"
 #include "Foundation/KRTrace.h"
 #include "Views/KRCursor.h"
 #include "Views/KREvent.h"
@@ -146,20 +147,10 @@ KRParagraphStyle titleParagraphStyle(double lineHeight) {
 }
 
 // Rows in the same state share one attribute set instead of each keeping a copy: a list has only a few
-// distinct sets (title per status, placeholder), so the most recent ones are kept.
+// distinct sets (title per status, placeholder).
 std::shared_ptr<const KRTextAttributes> sharedAttributes(const KRTextAttributes& attributes) {
-    static constexpr std::size_t capacity = 8;
-    static std::vector<std::shared_ptr<const KRTextAttributes>> recent;
-    for (const auto& known : recent) {
-        if (*known == attributes) {
-            return known;
-        }
-    }
-    if (recent.size() == capacity) {
-        recent.erase(recent.begin());
-    }
-    recent.push_back(std::make_shared<const KRTextAttributes>(attributes));
-    return recent.back();
+    static KRSharedValues<KRTextAttributes, 8> recent;
+    return recent.shared(attributes);
 }
 
 KRTextAttributes attributesOrNone(const std::shared_ptr<const KRTextAttributes>& attributes) {

@@ -4,6 +4,7 @@
 #include "Animation/KRAnimationTransaction.h"
 #include "Controls/KRImage.h"
 #include "Foundation/KRClock.h"
+#include "Foundation/KRSharedValues.h"
 #include "Views/KREvent.h"
 #include "Views/KRTrackingArea.h"
 
@@ -44,6 +45,22 @@ KRButtonView::~KRButtonView() = default;
 
 // Looks ----------------------------------------------------------------------------------------------------
 
+const KRButtonView::Appearance& KRButtonView::appearance() const {
+    static const Appearance defaults;
+    return m_appearance ? *m_appearance : defaults;
+}
+
+std::shared_ptr<const KRButtonView::Appearance> KRButtonView::sharedAppearance(const Appearance& appearance) {
+    // A list's buttons go through the same sequence of appearances while they are set up, then a handful
+    // of states.
+    static KRSharedValues<Appearance, 32> recent;
+    return recent.shared(appearance);
+}
+
+void KRButtonView::setCursor(KRCursor cursor) {
+    changeAppearance([&](Appearance& appearance) { appearance.cursor = cursor; });
+}
+
 void KRButtonView::noteLookChanged() {
     if (m_updateDepth > 0) {
         m_needsDisplayAfterUpdates = true;
@@ -67,52 +84,52 @@ void KRButtonView::endUpdates() {
 }
 
 void KRButtonView::setImage(std::shared_ptr<KRImage> image) {
-    m_image = std::move(image);
+    changeAppearance([&](Appearance& appearance) { appearance.image = std::move(image); });
     noteLookChanged();
 }
 
 void KRButtonView::setPressedImage(std::shared_ptr<KRImage> image) {
-    m_pressedImage = std::move(image);
+    changeAppearance([&](Appearance& appearance) { appearance.pressedImage = std::move(image); });
     noteLookChanged();
 }
 
 void KRButtonView::setImageColor(const QColor& color) {
-    m_imageColor = color;
+    changeAppearance([&](Appearance& appearance) { appearance.imageColor = color; });
     noteLookChanged();
 }
 
 void KRButtonView::setEdgeInsets(KREdgeInsets insets) {
-    m_edgeInsets = insets;
+    changeAppearance([&](Appearance& appearance) { appearance.edgeInsets = insets; });
     noteLookChanged();
 }
 
 void KRButtonView::setImageAlpha(double alpha) {
-    m_imageAlpha = alpha;
+    changeAppearance([&](Appearance& appearance) { appearance.imageAlpha = alpha; });
     noteLookChanged();
 }
 
 void KRButtonView::setImageAlphaWhenPressed(std::optional<double> alpha) {
-    m_imageAlphaWhenPressed = alpha;
+    changeAppearance([&](Appearance& appearance) { appearance.imageAlphaWhenPressed = alpha; });
     noteLookChanged();
 }
 
 void KRButtonView::setImageAlphaWhenHovered(std::optional<double> alpha) {
-    m_imageAlphaWhenHovered = alpha;
+    changeAppearance([&](Appearance& appearance) { appearance.imageAlphaWhenHovered = alpha; });
     noteLookChanged();
 }
 
 void KRButtonView::setImageAlphaWhenHighlighted(std::optional<double> alpha) {
-    m_imageAlphaWhenHighlighted = alpha;
+    changeAppearance([&](Appearance& appearance) { appearance.imageAlphaWhenHighlighted = alpha; });
     noteLookChanged();
 }
 
 void KRButtonView::setIgnoresImageAlpha(bool ignores) {
-    m_ignoresImageAlpha = ignores;
+    changeAppearance([&](Appearance& appearance) { appearance.ignoresImageAlpha = ignores; });
     noteLookChanged();
 }
 
 void KRButtonView::setOuterScaleOnPress(double scale) {
-    m_outerScaleOnPress = scale;
+    changeAppearance([&](Appearance& appearance) { appearance.outerScaleOnPress = scale; });
     if (m_pressed) {
         applyPressScale();
     }
@@ -120,17 +137,17 @@ void KRButtonView::setOuterScaleOnPress(double scale) {
 }
 
 void KRButtonView::setOuterScaleOnPressMode(int mode) {
-    if (mode == m_outerScaleOnPressMode) {
+    if (mode == outerScaleOnPressMode()) {
         return;
     }
     // Leaves no scale behind in the mode being left.
-    if (m_outerScaleOnPressMode == OuterScaleOnPressModeButton) {
+    if (outerScaleOnPressMode() == OuterScaleOnPressModeButton) {
         KRView::performWithoutAnimation([this] { setScale(1.0); });
     } else {
         m_imageScale = 1.0;
         m_imageScaleAnimation.reset();
     }
-    m_outerScaleOnPressMode = mode;
+    changeAppearance([&](Appearance& appearance) { appearance.outerScaleOnPressMode = mode; });
     if (m_pressed) {
         applyPressScale();
     }
@@ -138,31 +155,32 @@ void KRButtonView::setOuterScaleOnPressMode(int mode) {
 }
 
 void KRButtonView::setOuterScaleAnimationFunction(EZSampledFunctionRef function) {
-    m_outerScaleAnimationFunction = std::move(function);
+    changeAppearance(
+        [&](Appearance& appearance) { appearance.outerScaleAnimationFunction = std::move(function); });
     noteLookChanged();
 }
 
 double KRButtonView::currentImageAlpha() const {
-    if (m_ignoresImageAlpha) {
+    if (ignoresImageAlpha()) {
         return 1.0;
     }
     if (m_pressed) {
-        return m_imageAlphaWhenPressed.value_or(m_imageAlpha);
+        return imageAlphaWhenPressed().value_or(imageAlpha());
     }
     if (m_highlighted) {
-        return m_imageAlphaWhenHighlighted.value_or(m_imageAlpha);
+        return imageAlphaWhenHighlighted().value_or(imageAlpha());
     }
     if (m_hovered) {
-        return m_imageAlphaWhenHovered.value_or(m_imageAlpha);
+        return imageAlphaWhenHovered().value_or(imageAlpha());
     }
-    return m_imageAlpha;
+    return imageAlpha();
 }
 
 std::shared_ptr<KRImage> KRButtonView::currentImage() const {
-    if (m_pressed && m_pressedImage) {
-        return m_pressedImage;
+    if (m_pressed && pressedImage()) {
+        return pressedImage();
     }
-    return m_image;
+    return image();
 }
 
 double KRButtonView::currentImageScale() const {
@@ -223,20 +241,20 @@ void KRButtonView::setPressedState(bool pressed) {
 }
 
 void KRButtonView::applyPressScale() {
-    if (m_outerScaleOnPressMode == OuterScaleOnPressModeButton) {
-        KRView::performWithoutAnimation([this] { setScale(m_outerScaleOnPress); });
+    if (outerScaleOnPressMode() == OuterScaleOnPressModeButton) {
+        KRView::performWithoutAnimation([this] { setScale(outerScaleOnPress()); });
         return;
     }
     m_imageScaleAnimation.reset();
-    m_imageScale = m_outerScaleOnPress;
+    m_imageScale = outerScaleOnPress();
 }
 
 void KRButtonView::restoreScaleAnimated() {
     KRView::performAnimated(true, [this](EZAnimationContext& context) {
-        if (m_outerScaleAnimationFunction) {
-            context.setInterpolationFunction(m_outerScaleAnimationFunction);
+        if (outerScaleAnimationFunction()) {
+            context.setInterpolationFunction(outerScaleAnimationFunction());
         }
-        if (m_outerScaleOnPressMode == OuterScaleOnPressModeButton) {
+        if (outerScaleOnPressMode() == OuterScaleOnPressModeButton) {
             setScale(1.0);
             return;
         }
@@ -248,7 +266,8 @@ void KRButtonView::restoreScaleAnimated() {
         if (!function || from == 1.0) {
             return;
         }
-        m_imageScaleAnimation = ImageScaleAnimation{from, KRClock::now(), std::move(function)};
+        m_imageScaleAnimation = std::make_unique<ImageScaleAnimation>(
+            ImageScaleAnimation{from, KRClock::now(), std::move(function)});
         beginAnimating();
     });
 }
@@ -268,6 +287,18 @@ bool KRButtonView::advanceAnimationsToTime(double now) {
 
 // Action ---------------------------------------------------------------------------------------------------
 
+KRButtonView::Actions& KRButtonView::mutableActions() {
+    if (!m_actions) {
+        m_actions = std::make_unique<Actions>();
+    }
+    return *m_actions;
+}
+
+const KRSelector& KRButtonView::action() const {
+    static const KRSelector none;
+    return m_actions ? m_actions->action : none;
+}
+
 void KRButtonView::performClick() {
     sendAction();
 }
@@ -275,11 +306,14 @@ void KRButtonView::performClick() {
 void KRButtonView::sendAction() {
     // The action may remove the button from its superview; keep it alive until we are done.
     const std::shared_ptr<KRView> keepAlive = sharedFromSuperview();
-    if (KRObject* target = m_target.get(); target && !m_action.isNull()) {
-        target->tryToPerform(m_action, this);
+    if (!m_actions) {
+        return;
     }
-    if (onAction) {
-        const std::function<void(KRButtonView&)> callback = onAction;
+    if (KRObject* target = m_actions->target.get(); target && !m_actions->action.isNull()) {
+        target->tryToPerform(m_actions->action, this);
+    }
+    if (m_actions && m_actions->onAction) {
+        const std::function<void(KRButtonView&)> callback = m_actions->onAction;
         callback(*this);
     }
 }
@@ -297,11 +331,11 @@ KRButtonViewDelegate* KRButtonView::delegate() const {
 // Layout and drawing ---------------------------------------------------------------------------------------
 
 KRSize KRButtonView::sizeThatFits(KRSize size) const {
-    return sizeThatFitsEdgeInsets(size, m_edgeInsets);
+    return sizeThatFitsEdgeInsets(size, edgeInsets());
 }
 
 KRSize KRButtonView::sizeThatFitsEdgeInsets(KRSize, KREdgeInsets insets) const {
-    const KRSize imageSize = m_image ? m_image->size() : KRSizeZero;
+    const KRSize imageSize = image() ? image()->size() : KRSizeZero;
     return KRSize{imageSize.width + insets.left + insets.right,
                   imageSize.height + insets.top + insets.bottom};
 }
@@ -312,15 +346,15 @@ void KRButtonView::draw(QPainter& painter, KRRect) {
         return;
     }
     const KRRect bounds = this->bounds();
-    const double contentX = bounds.origin.x + m_edgeInsets.left;
-    const double contentY = bounds.origin.y + m_edgeInsets.top;
-    const double contentWidth = bounds.size.width - m_edgeInsets.left - m_edgeInsets.right;
-    const double contentHeight = bounds.size.height - m_edgeInsets.top - m_edgeInsets.bottom;
+    const double contentX = bounds.origin.x + edgeInsets().left;
+    const double contentY = bounds.origin.y + edgeInsets().top;
+    const double contentWidth = bounds.size.width - edgeInsets().left - edgeInsets().right;
+    const double contentHeight = bounds.size.height - edgeInsets().top - edgeInsets().bottom;
     const double midX = contentX + contentWidth / 2.0;
     const double midY = contentY + contentHeight / 2.0;
 
     const KRSize imageSize = image->size();
-    const double scale = m_outerScaleOnPressMode == OuterScaleOnPressModeImage ? currentImageScale() : 1.0;
+    const double scale = outerScaleOnPressMode() == OuterScaleOnPressModeImage ? currentImageScale() : 1.0;
     const double width = imageSize.width * scale;
     const double height = imageSize.height * scale;
     double x = midX - width / 2.0;
@@ -330,7 +364,7 @@ void KRButtonView::draw(QPainter& painter, KRRect) {
         x = KRRound(x);
         y = KRRound(y);
     }
-    image->draw(painter, KRRectMake(x, y, width, height), currentImageAlpha(), m_imageColor);
+    image->draw(painter, KRRectMake(x, y, width, height), currentImageAlpha(), imageColor());
 }
 
 bool KRButtonView::canBecomeKeyView() const {
@@ -401,7 +435,7 @@ void KRButtonView::mouseExited(const KREvent& event) {
 }
 
 void KRButtonView::cursorUpdate(const KREvent&) {
-    m_cursor.set();
+    cursor().set();
 }
 
 // Mouse ----------------------------------------------------------------------------------------------------

@@ -53,35 +53,37 @@ public:
     ~KRButtonView() override;
 
     // Images and looks -----------------------------------------------------------------------------------
-    const std::shared_ptr<KRImage>& image() const { return m_image; }
+    const std::shared_ptr<KRImage>& image() const { return appearance().image; }
     void setImage(std::shared_ptr<KRImage> image);
     // Shown while pressed; null shows image.
-    const std::shared_ptr<KRImage>& pressedImage() const { return m_pressedImage; }
+    const std::shared_ptr<KRImage>& pressedImage() const { return appearance().pressedImage; }
     void setPressedImage(std::shared_ptr<KRImage> image);
     // Tints template images; an invalid colour draws the image as is.
-    QColor imageColor() const { return m_imageColor; }
+    QColor imageColor() const { return appearance().imageColor; }
     void setImageColor(const QColor& color);
-    KREdgeInsets edgeInsets() const { return m_edgeInsets; }
+    KREdgeInsets edgeInsets() const { return appearance().edgeInsets; }
     void setEdgeInsets(KREdgeInsets insets);
 
-    double imageAlpha() const { return m_imageAlpha; }
+    double imageAlpha() const { return appearance().imageAlpha; }
     void setImageAlpha(double alpha);
-    std::optional<double> imageAlphaWhenPressed() const { return m_imageAlphaWhenPressed; }
+    std::optional<double> imageAlphaWhenPressed() const { return appearance().imageAlphaWhenPressed; }
     void setImageAlphaWhenPressed(std::optional<double> alpha);
-    std::optional<double> imageAlphaWhenHovered() const { return m_imageAlphaWhenHovered; }
+    std::optional<double> imageAlphaWhenHovered() const { return appearance().imageAlphaWhenHovered; }
     void setImageAlphaWhenHovered(std::optional<double> alpha);
-    std::optional<double> imageAlphaWhenHighlighted() const { return m_imageAlphaWhenHighlighted; }
+    std::optional<double> imageAlphaWhenHighlighted() const { return appearance().imageAlphaWhenHighlighted; }
     void setImageAlphaWhenHighlighted(std::optional<double> alpha);
-    bool ignoresImageAlpha() const { return m_ignoresImageAlpha; }
+    bool ignoresImageAlpha() const { return appearance().ignoresImageAlpha; }
     void setIgnoresImageAlpha(bool ignores);
 
-    double outerScaleOnPress() const { return m_outerScaleOnPress; }
+    double outerScaleOnPress() const { return appearance().outerScaleOnPress; }
     void setOuterScaleOnPress(double scale);
-    int outerScaleOnPressMode() const { return m_outerScaleOnPressMode; }
+    int outerScaleOnPressMode() const { return appearance().outerScaleOnPressMode; }
     void setOuterScaleOnPressMode(int mode);
     // The curve of the return to full size on release (null: the default animation curve). The press
     // itself applies at once.
-    const EZSampledFunctionRef& outerScaleAnimationFunction() const { return m_outerScaleAnimationFunction; }
+    const EZSampledFunctionRef& outerScaleAnimationFunction() const {
+        return appearance().outerScaleAnimationFunction;
+    }
     void setOuterScaleAnimationFunction(EZSampledFunctionRef function);
 
     // What draws now: the state's alpha (1 when alphas are ignored), the state's image, and the image's
@@ -105,16 +107,18 @@ public:
     // Asks the delegate again whether the button stays pressed (for a delegate that held it pressed).
     void revalidatePressed();
 
-    KRCursor cursor() const { return m_cursor; }
-    void setCursor(KRCursor cursor) { m_cursor = cursor; }
+    KRCursor cursor() const { return appearance().cursor; }
+    void setCursor(KRCursor cursor);
 
     // Action ---------------------------------------------------------------------------------------------
-    KRObject* target() const { return m_target.get(); }
-    void setTarget(KRObject* target) { m_target.reset(target); }
-    const KRSelector& action() const { return m_action; }
-    void setAction(const KRSelector& action) { m_action = action; }
+    KRObject* target() const { return m_actions ? m_actions->target.get() : nullptr; }
+    void setTarget(KRObject* target) { mutableActions().target.reset(target); }
+    const KRSelector& action() const;
+    void setAction(const KRSelector& action) { mutableActions().action = action; }
     // Runs after target/action, for C++ callers.
-    std::function<void(KRButtonView&)> onAction;
+    void setOnAction(std::function<void(KRButtonView&)> onAction) {
+        mutableActions().onAction = std::move(onAction);
+    }
     // Sends the action as a click would.
     void performClick();
 
@@ -166,30 +170,51 @@ private:
     void sendAction();
     void rebuildTrackingArea();
 
-    std::shared_ptr<KRImage> m_image;
-    std::shared_ptr<KRImage> m_pressedImage;
-    QColor m_imageColor;
-    KREdgeInsets m_edgeInsets;
-    double m_imageAlpha = 1.0;
-    std::optional<double> m_imageAlphaWhenPressed;
-    std::optional<double> m_imageAlphaWhenHovered;
-    std::optional<double> m_imageAlphaWhenHighlighted;
-    double m_outerScaleOnPress = 1.0;
-    int m_outerScaleOnPressMode = OuterScaleOnPressModeImage;
-    EZSampledFunctionRef m_outerScaleAnimationFunction;
+    // What the button looks like in each state. Buttons configured alike (a list's check boxes) share
+    // one immutable block; a setter swaps in a changed copy.
+    struct Appearance {
+        std::shared_ptr<KRImage> image;
+        std::shared_ptr<KRImage> pressedImage;
+        QColor imageColor;
+        KREdgeInsets edgeInsets;
+        double imageAlpha = 1.0;
+        std::optional<double> imageAlphaWhenPressed;
+        std::optional<double> imageAlphaWhenHovered;
+        std::optional<double> imageAlphaWhenHighlighted;
+        double outerScaleOnPress = 1.0;
+        int outerScaleOnPressMode = OuterScaleOnPressModeImage;
+        EZSampledFunctionRef outerScaleAnimationFunction;
+        KRCursor cursor = KRCursor::arrowCursor();
+        bool ignoresImageAlpha = true;
+
+        friend bool operator==(const Appearance&, const Appearance&) = default;
+    };
+    // Where a click goes; only buttons that send actions have one.
+    struct Actions {
+        KRWeak<KRObject> target;
+        KRSelector action;
+        std::function<void(KRButtonView&)> onAction;
+    };
+
+    const Appearance& appearance() const;
+    template <class Change> void changeAppearance(Change change) {
+        Appearance changed = appearance();
+        change(changed);
+        m_appearance = sharedAppearance(changed);
+    }
+    static std::shared_ptr<const Appearance> sharedAppearance(const Appearance& appearance);
+    Actions& mutableActions();
+
+    std::shared_ptr<const Appearance> m_appearance;
+    std::unique_ptr<Actions> m_actions;
     // Image mode: the model scale of the image and its return animation, if one runs.
     double m_imageScale = 1.0;
-    std::optional<ImageScaleAnimation> m_imageScaleAnimation;
-
-    KRCursor m_cursor = KRCursor::arrowCursor();
-    KRWeak<KRObject> m_target;
-    KRSelector m_action;
+    std::unique_ptr<ImageScaleAnimation> m_imageScaleAnimation;
     KRWeakDelegate<KRButtonViewDelegate> m_delegate;
     std::shared_ptr<KRTrackingArea> m_trackingArea;
 
     int m_updateDepth = 0;
     bool m_needsDisplayAfterUpdates = false;
-    bool m_ignoresImageAlpha = true;
     bool m_highlighted = false;
     bool m_hovered = false;
     bool m_pressed = false;

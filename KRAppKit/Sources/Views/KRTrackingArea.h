@@ -28,12 +28,20 @@ public:
 
     KRRect rect() const { return m_rect; }
     unsigned options() const { return m_options; }
-    KRResponder* owner() const { return m_owner.get(); }
+    // Null once the owning view is gone. An owner that is not the view holding the area must outlive it.
+    KRResponder* owner() const { return m_owner; }
     const QVariantMap& userInfo() const { return m_userInfo; }
 
 private:
+    friend class KRView;
+    void ownerWillBeDestroyed(const KRResponder* owner) {
+        if (m_owner == owner) {
+            m_owner = nullptr;
+        }
+    }
+
     KRRect m_rect;
     unsigned m_options;
-    KRWeak<KRResponder> m_owner;
+    KRResponder* m_owner;
     QVariantMap m_userInfo;
 };

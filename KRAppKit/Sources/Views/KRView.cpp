@@ -2,11 +2,11 @@
 
 #include "Animation/KRAnimationTransaction.h"
 #include "Foundation/KRClock.h"
+#include "Foundation/KRSharedValues.h"
 #include "Views/KRTrackingArea.h"
 #include "Views/KRWindow.h"
 
 #include <algorithm>
-#include <array>
 #include <cmath>
 #include <cstring>
 
@@ -52,6 +52,11 @@ struct KRView::Animations final : KRAnimatable {
 KRView::KRView(KRRect frame) : m_frame(frame) {}
 
 KRView::~KRView() {
+    if (m_trackingAreas) {
+        for (const auto& area : *m_trackingAreas) {
+            area->ownerWillBeDestroyed(this);
+        }
+    }
     if (m_animations) {
         KRAnimationEngine::shared().removeAnimatingObject(m_animations.get());
         auto finished = std::move(m_animations);
@@ -73,18 +78,9 @@ std::shared_ptr<const KRView::Looks> KRView::sharedLooks(const Looks& looks) {
     if (looks == defaultLooks()) {
         return nullptr;
     }
-    // The looks set most recently; a list's rows cycle through a handful.
-    static std::array<std::shared_ptr<const Looks>, 16> recent;
-    static std::size_t next = 0;
-    for (const auto& candidate : recent) {
-        if (candidate && *candidate == looks) {
-            return candidate;
-        }
-    }
-    auto shared = std::make_shared<const Looks>(looks);
-    recent[next] = shared;
-    next = (next + 1) % recent.size();
-    return shared;
+    // A row's views go through the same few looks while it is set up and updated.
+    static KRSharedValues<Looks, 32> recent;
+    return recent.shared(looks);
 }
 
 const KRView::Identity& KRView::defaultIdentity() {
@@ -217,7 +213,7 @@ void KRView::setWindowRecursively(KRWindow* window) {
             window->setNeedsUpdate();
         }
         if (m_trackingAreas && !m_trackingAreas->empty()) {
-            window->viewNeedsTrackingAreaUpdate(this);
+            setNeedsTrackingAreaUpdate();
         }
     }
     viewDidMoveToWindow();
@@ -257,8 +253,9 @@ void KRView::frameDidChange(bool sizeChanged) {
         setNeedsLayout(true);
     }
     setNeedsDisplay();
-    if (m_window && m_trackingAreas && !m_trackingAreas->empty()) {
-        m_window->viewNeedsTrackingAreaUpdate(this);
+    // Areas are in the view's own coordinates: moving the view moves them along.
+    if (sizeChanged && m_trackingAreas && !m_trackingAreas->empty()) {
+        setNeedsTrackingAreaUpdate();
     }
     if (hasObserversForKey("frame")) {
         didChangeValueForKey("frame", QVariant(), QVariant::fromValue(m_frame));
@@ -673,6 +670,37 @@ void KRView::removeTrackingArea(const KRTrackingArea* area) {
     areas.erase(
         std::remove_if(areas.begin(), areas.end(), [area](const auto& each) { return each.get() == area; }),
         areas.end());
+}
+
+// Marks the view and the path to it, so the window's pass visits only the views that asked.
+void KRView::setNeedsTrackingAreaUpdate() {
+    if (!m_window) {
+        return;
+    }
+    m_needsTrackingAreaUpdate = true;
+    for (KRView* ancestor = m_superview; ancestor && !ancestor->m_subtreeNeedsTrackingAreaUpdate;
+         ancestor = ancestor->m_superview) {
+        ancestor->m_subtreeNeedsTrackingAreaUpdate = true;
+    }
+    m_window->setNeedsUpdate();
+}
+
+void KRView::updateTrackingAreasIfNeeded() {
+    if (m_needsTrackingAreaUpdate) {
+        m_needsTrackingAreaUpdate = false;
+        updateTrackingAreas();
+    }
+    if (!m_subtreeNeedsTrackingAreaUpdate) {
+        return;
+    }
+    m_subtreeNeedsTrackingAreaUpdate = false;
+    // By index: an update may change the tree.
+    for (std::size_t i = 0; i < m_subviews.size(); ++i) {
+        const std::shared_ptr<KRView> subview = m_subviews[i];
+        if (subview->m_needsTrackingAreaUpdate || subview->m_subtreeNeedsTrackingAreaUpdate) {
+            subview->updateTrackingAreasIfNeeded();
+        }
+    }
 }
 
 const std::vector<std::shared_ptr<KRTrackingArea>>& KRView::trackingAreas() const {

@@ -181,6 +181,9 @@ protected:
     void beginAnimating();
     // Window bookkeeping, called while the tree changes.
     void setWindowRecursively(KRWindow* window);
+    void setNeedsTrackingAreaUpdate();
+    // Runs updateTrackingAreas on this view and every descendant that asked, parents first.
+    void updateTrackingAreasIfNeeded();
     friend class KRWindow;
 
 private:
@@ -256,4 +259,6 @@ private:
     // A new view has never been laid out.
     bool m_needsLayout = true;
     bool m_subtreeNeedsLayout = false;
+    bool m_needsTrackingAreaUpdate = false;
+    bool m_subtreeNeedsTrackingAreaUpdate = false;
 };

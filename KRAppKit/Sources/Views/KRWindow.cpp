@@ -532,14 +532,8 @@ void KRWindow::updateIfNeeded() {
         content->layoutIfNeeded();
     }
 
-    std::vector<KRWeak<KRView>> pending;
-    pending.swap(m_viewsNeedingTrackingAreaUpdate);
-    std::unordered_set<const KRView*> updated;
-    for (const auto& weakView : pending) {
-        KRView* view = weakView.get();
-        if (view && view->window() == this && updated.insert(view).second) {
-            view->updateTrackingAreas();
-        }
+    if (const std::shared_ptr<KRView> content = m_contentView) {
+        content->updateTrackingAreasIfNeeded();
     }
 
     if (!KRRectIsNull(m_dirtyRect) && m_displayHandler) {
@@ -566,8 +560,9 @@ void KRWindow::viewNeedsTrackingAreaUpdate(KRView* view) {
     if (!view) {
         return;
     }
-    m_viewsNeedingTrackingAreaUpdate.emplace_back(view);
-    setNeedsUpdate();
+    if (view->window() == this) {
+        view->setNeedsTrackingAreaUpdate();
+    }
 }
 
 void KRWindow::viewWillBeRemoved(KRView* view) {

@@ -98,7 +98,6 @@ private:
     KRWeak<KRView> m_mouseDownView;
     const KREvent* m_currentEvent = nullptr;
     std::shared_ptr<KRView> m_fieldEditor;
-    std::vector<KRWeak<KRView>> m_viewsNeedingTrackingAreaUpdate;
     std::vector<std::weak_ptr<KRTrackingArea>> m_areasContainingMouse; // tree order, back to front
     std::weak_ptr<KRTrackingArea> m_cursorArea; // the area whose cursorUpdate set the cursor last
     std::function<void(KRRect)> m_displayHandler;

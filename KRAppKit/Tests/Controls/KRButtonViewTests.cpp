@@ -129,10 +129,10 @@ TEST_F(KRButtonViewTests, DraggingBackInPressesAgain) {
 
 TEST_F(KRButtonViewTests, OnActionRunsAfterTargetAction) {
     std::vector<int> order;
-    m_button->onAction = [&](KRButtonView& button) {
+    m_button->setOnAction([&](KRButtonView& button) {
         EXPECT_EQ(&button, m_button.get());
         order.push_back(m_target.count);
-    };
+    });
     down(30, 30);
     up(30, 30);
     ASSERT_EQ(order.size(), 1u);

@@ -71,17 +71,24 @@ protected:
 
 } // namespace
 
-TEST_F(KRTrackingAreaTests, AreaStoresItsValuesAndHoldsItsOwnerWeakly) {
-    auto owner = std::make_unique<HoverView>(KRRectMake(0, 0, 10, 10));
+TEST_F(KRTrackingAreaTests, AreaStoresItsValues) {
+    HoverView owner(KRRectMake(0, 0, 10, 10));
     const QVariantMap info{{QStringLiteral("row"), 3}};
     const KRTrackingArea area(KRRectMake(1, 2, 3, 4),
-                              KRTrackingMouseEnteredAndExited | KRTrackingActiveAlways, owner.get(), info);
+                              KRTrackingMouseEnteredAndExited | KRTrackingActiveAlways, &owner, info);
     EXPECT_EQ(area.rect(), KRRectMake(1, 2, 3, 4));
     EXPECT_EQ(area.options(), unsigned(KRTrackingMouseEnteredAndExited | KRTrackingActiveAlways));
-    EXPECT_EQ(area.owner(), owner.get());
+    EXPECT_EQ(area.owner(), &owner);
     EXPECT_EQ(area.userInfo().value(QStringLiteral("row")).toInt(), 3);
+}
+
+TEST_F(KRTrackingAreaTests, AnAreaOutlivingTheViewThatOwnsAndHoldsItHasNoOwner) {
+    auto owner = std::make_unique<HoverView>(KRRectMake(0, 0, 10, 10));
+    auto area = std::make_shared<KRTrackingArea>(KRRectMake(1, 2, 3, 4), KRTrackingMouseEnteredAndExited,
+                                                 owner.get());
+    owner->addTrackingArea(area);
     owner.reset();
-    EXPECT_EQ(area.owner(), nullptr);
+    EXPECT_EQ(area->owner(), nullptr);
 }
 
 TEST_F(KRTrackingAreaTests, EnteredAndExitedFollowThePointerOnce) {
