@@ -126,6 +126,11 @@ public:
     bool isHighlighted() const { return m_highlighted; }
     void setHighlighted(bool highlighted);
 
+    // The identifier of the item the row shows (given by the list). objectValue() answers it, and
+    // setObjectValue() sets it: the row keeps no separate value.
+    const QJsonValue& itemIdentifier() const { return m_itemIdentifier; }
+    void setItemIdentifier(const QJsonValue& itemIdentifier) { m_itemIdentifier = itemIdentifier; }
+
     KRCheckListItemViewDelegate* delegate() const { return m_delegate.get(); }
     // The delegate is dropped once lifetimeOwner is destroyed.
     void setDelegate(KRCheckListItemViewDelegate* delegate, const KRObject* lifetimeOwner);
@@ -205,6 +210,8 @@ public:
     void checkListItemViewHandleTextChangeForTitleTextField(KRCheckListItemTitleTextField* titleTextField);
 
     // KRObject / KRView / KRResponder --------------------------------------------------------------------
+    QJsonValue objectValue() const override { return m_itemIdentifier; }
+    void setObjectValue(const QJsonValue& value) override { m_itemIdentifier = value; }
     void observeValueForKeyPath(const char* keyPath, KRObject* object, const KRKeyValueChange& change,
                                 const void* context) override;
     bool tryToPerform(const KRSelector& action, KRObject* sender) override;
@@ -273,6 +280,7 @@ private:
     std::shared_ptr<KRView> m_bottomDividerView;
     std::shared_ptr<KRTrackingArea> m_textTrackingArea;
     KRWeakDelegate<KRCheckListItemViewDelegate> m_delegate;
+    QJsonValue m_itemIdentifier;
     std::shared_ptr<const KRTextAttributes> m_titleAttributes;
     std::shared_ptr<const KRTextAttributes> m_placeholderAttributes;
     KRSize m_sizeThatFitsAfterLastUpdate;
