@@ -179,6 +179,9 @@ public:
     // Layout ---------------------------------------------------------------------------------------------
     KRCheckListItemViewLayout checkListItemViewLayoutForSize(KRSize size) const;
     void layoutSubviews() override;
+    // The fitting size of the layout for size. The last answer is kept and given again for the same width
+    // while the title (its text, attributes and font) and the check box image stay the same and the title
+    // is not being edited: a list asks every row on every layout pass, and most rows have not changed.
     KRSize sizeThatFits(KRSize size) const override;
 
     // Forwarders to the delegate, with the documented answer when there is none ---------------------------
@@ -285,6 +288,14 @@ private:
     std::shared_ptr<const KRTextAttributes> m_placeholderAttributes;
     KRSize m_sizeThatFitsAfterLastUpdate;
     KRSize m_sizeThatFitsAfterLastLayout;
+    // The last answer of sizeThatFits, with what it was computed for.
+    struct SizeThatFitsCache {
+        double width = 0.0;
+        double height = 0.0;
+        std::uint32_t titleSizeGeneration = 0;
+        bool valid = false;
+    };
+    mutable SizeThatFitsCache m_sizeThatFitsCache;
     KRUInteger m_status = 0;
     double m_minHeight = 0.0;
     KRInteger m_updateCount = 0;

@@ -155,7 +155,11 @@ void KRCheckListView::checkListViewUpdatePlaceholderForEachItemView() {
         KRCheckListItemView& itemView = *m_checkListItemViews[index];
         if (index == 0 && itemView.title().isEmpty()) {
             itemView.setPlaceholder(itemView.placeholder());
-        } else if (!itemView.placeholder().isEmpty()) {
+            continue;
+        }
+        // Read in place: the row's placeholder() answers a copy.
+        const KRTextFieldCell* titleCell = itemView.titleTextField()->cell();
+        if (titleCell && !titleCell->placeholderAttributedString().string().isEmpty()) {
             itemView.setPlaceholder(QStringLiteral(""));
         }
     }

@@ -96,9 +96,13 @@ void KRCheckListView::layoutSubviews() {
             continue;
         }
         // A dragged row that the mouse moves is placed at once: it sticks to the pointer while the others
-        // glide along whatever animation the caller opened.
-        KRView::performNonAnimated(itemView->isDragged() && isLeftMouseDragged,
-                                   [itemView, frame] { itemView->setFrame(frame); });
+        // glide along whatever animation the caller opened. (performNonAnimated with false only runs its
+        // block, so every other row is placed directly.)
+        if (itemView->isDragged() && isLeftMouseDragged) {
+            KRView::performNonAnimated(true, [itemView, frame] { itemView->setFrame(frame); });
+        } else {
+            itemView->setFrame(frame);
+        }
     }
     m_dropPlaceholderContentView->setFrame(layout.dropPlaceholderContentViewFrame);
     m_dropPlaceholderIndex = layout.dropPlaceholderIndex;
