@@ -180,8 +180,9 @@ public:
     KRCheckListItemViewLayout checkListItemViewLayoutForSize(KRSize size) const;
     void layoutSubviews() override;
     // The fitting size of the layout for size. The last answer is kept and given again for the same width
-    // while the title (its text, attributes and font) and the check box image stay the same and the title
-    // is not being edited: a list asks every row on every layout pass, and most rows have not changed.
+    // while the title field measures the same (its cell's size generation: text, attributes, font, line
+    // breaking, border) and the check box image stays the same, and not while the title is edited. A list
+    // asks every row on every layout pass, and most rows have not changed.
     KRSize sizeThatFits(KRSize size) const override;
 
     // Forwarders to the delegate, with the documented answer when there is none ---------------------------
