@@ -243,8 +243,8 @@ BENCHMARK(BM_QListWidget_MoveLastToTop)->Arg(10000)->Unit(benchmark::kMillisecon
 int main(int argc, char** argv) {
     return KRRunBenchmarksWithRatios(
         argc, argv,
-        {{"reloadItems + first layout (ms)", "BM_KRCheckListView_ReloadAndLayout", "BM_QListWidget_PopulateAndShow",
-          "QListWidget"},
+        {{"reloadItems + first layout (ms)", "BM_KRCheckListView_ReloadAndLayout",
+          "BM_QListWidget_PopulateAndShow", "QListWidget"},
          {"insert at the top + layout (ms)", "BM_KRCheckListView_InsertAtTop", "BM_QListWidget_InsertAtTop",
           "QListWidget"},
          {"move the last item to the top + layout (ms)", "BM_KRCheckListView_MoveLastToTop",

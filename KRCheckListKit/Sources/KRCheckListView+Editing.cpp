@@ -8,8 +8,8 @@
 
 #include <algorithm>
 
-#define KR_CHECKLIST_VIEW_ASSERT(condition, method, message)                                                   \
-    KRAssert((condition), QStringLiteral(method), this, QStringLiteral("KRCheckListView"), __LINE__,           \
+#define KR_CHECKLIST_VIEW_ASSERT(condition, method, message)                                                 \
+    KRAssert((condition), QStringLiteral(method), this, QStringLiteral("KRCheckListView"), __LINE__,         \
              QStringLiteral(message))
 
 // Beginning and ending an edit
@@ -22,14 +22,14 @@ void KRCheckListView::beginEditing() {
 }
 
 void KRCheckListView::beginEditingItemAtIndexSelectRange(KRUInteger index, KRRange range) {
-    beginEditingItemAtIndexSelectRangeUseTrackedInsertionPointInFirstLineInLastLine(index, range, false, false,
-                                                                                    false);
+    beginEditingItemAtIndexSelectRangeUseTrackedInsertionPointInFirstLineInLastLine(index, range, false,
+                                                                                    false, false);
 }
 
 void KRCheckListView::beginEditingItemAtIndexInsertionPoint(KRUInteger index, KRPoint insertionPoint) {
     m_insertionPointRectOnScreen = KRRect{insertionPoint, KRSizeZero};
-    beginEditingItemAtIndexSelectRangeUseTrackedInsertionPointInFirstLineInLastLine(index, KRRange{0, 0}, true,
-                                                                                    false, false);
+    beginEditingItemAtIndexSelectRangeUseTrackedInsertionPointInFirstLineInLastLine(index, KRRange{0, 0},
+                                                                                    true, false, false);
 }
 
 void KRCheckListView::beginEditingItemAtIndexSelectRangeUseTrackedInsertionPointInFirstLineInLastLine(
@@ -194,8 +194,9 @@ bool KRCheckListView::resignFirstResponder() {
 }
 
 void KRCheckListView::checkListViewGainFocus() {
-    KR_CHECKLIST_VIEW_ASSERT(!m_hasFocus, "checkListViewGainFocus",
-                             "Check list view can't gain focus because it already has focus, internal inconsistency");
+    KR_CHECKLIST_VIEW_ASSERT(
+        !m_hasFocus, "checkListViewGainFocus",
+        "Check list view can't gain focus because it already has focus, internal inconsistency");
     checkListViewWillGainFocus(this);
     m_hasFocus = true;
     m_insertionPointRectOnScreen = KRRectNull;
@@ -208,9 +209,10 @@ void KRCheckListView::checkListViewGainFocus() {
 }
 
 void KRCheckListView::checkListViewLoseFocus() {
-    KR_CHECKLIST_VIEW_ASSERT(m_hasFocus, "checkListViewLoseFocus",
-                             "Check list view can't lose focus because it doesn't have focus in the first place, "
-                             "internal inconsistency");
+    KR_CHECKLIST_VIEW_ASSERT(
+        m_hasFocus, "checkListViewLoseFocus",
+        "Check list view can't lose focus because it doesn't have focus in the first place, "
+        "internal inconsistency");
     checkListViewWillLoseFocus(this);
     m_hasFocus = false;
     deselectAllItems();

@@ -214,15 +214,17 @@ void KRCheckListView::checkListViewUpdateDividers() {
             drawsBottomDivider = false;
         } else {
             // The next remaining row below; dragged rows are skipped.
-            const KRUInteger nextIndex =
-                dragging ? remainingIndexes.indexGreaterThanIndex(index) : (index + 1 < count ? index + 1 : KRNotFound);
+            const KRUInteger nextIndex = dragging ? remainingIndexes.indexGreaterThanIndex(index)
+                                                  : (index + 1 < count ? index + 1 : KRNotFound);
             if (nextIndex != KRNotFound) {
                 const KRCheckListItemView& nextItemView = *m_checkListItemViews[nextIndex];
-                const bool placeholderTouches = placeholderHasHeight && KRRectIntersectsRect(placeholderFrame, frame);
+                const bool placeholderTouches =
+                    placeholderHasHeight && KRRectIntersectsRect(placeholderFrame, frame);
                 drawsBottomDivider = !highlighted && !edited && !selected && !placeholderTouches &&
                                      !nextItemView.isHighlighted();
                 if (drawsBottomDivider && !nextItemView.isDragged()) {
-                    // The test of the frame against itself is deliberate: it asks whether the row has an area.
+                    // The test of the frame against itself is deliberate: it asks whether the row has an
+                    // area.
                     drawsBottomDivider = !nextItemView.isEdited() && !nextItemView.isSelected() &&
                                          KRRectIntersectsRect(frame, frame);
                 }
@@ -231,7 +233,8 @@ void KRCheckListView::checkListViewUpdateDividers() {
 
         // Both flags inside one update of the row, top first, so the row redraws once for the pair; a row
         // whose flags stay as they are is left alone.
-        if (itemView.drawsTopDivider() != drawsTopDivider || itemView.drawsBottomDivider() != drawsBottomDivider) {
+        if (itemView.drawsTopDivider() != drawsTopDivider ||
+            itemView.drawsBottomDivider() != drawsBottomDivider) {
             itemView.update([&itemView, drawsTopDivider, drawsBottomDivider] {
                 itemView.setDrawsTopDivider(drawsTopDivider);
                 itemView.setDrawsBottomDivider(drawsBottomDivider);

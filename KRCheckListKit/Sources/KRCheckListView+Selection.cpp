@@ -12,7 +12,8 @@ KRIndexSet KRCheckListView::indexesForEditedOrSelectedItems() const {
 }
 
 // Selecting ends a running edit (the two exclude each other), visits every row and leaves the pivot alone.
-void KRCheckListView::selectItemsAtIndexesByExtendingSelection(const KRIndexSet& indexSet, bool extendSelection) {
+void KRCheckListView::selectItemsAtIndexesByExtendingSelection(const KRIndexSet& indexSet,
+                                                               bool extendSelection) {
     // A copy: the set passed in may be the list's own selection, which this replaces.
     const KRIndexSet indexes = indexSet;
     m_selecting = true;
@@ -52,7 +53,8 @@ void KRCheckListView::selectItemAtIndexByExtendingSelection(KRUInteger index, bo
 }
 
 void KRCheckListView::deselectItemsAtIndexes(const KRIndexSet& indexes) {
-    selectItemsAtIndexesByExtendingSelection(m_indexesForSelectedItems.indexSetByRemovingIndexes(indexes), false);
+    selectItemsAtIndexesByExtendingSelection(m_indexesForSelectedItems.indexSetByRemovingIndexes(indexes),
+                                             false);
 }
 
 void KRCheckListView::deselectItemAtIndex(KRUInteger index) {

@@ -14,8 +14,8 @@
 #include <limits>
 #include <stdexcept>
 
-#define KR_CHECKLIST_VIEW_ASSERT(condition, method, message)                                                   \
-    KRAssert((condition), QStringLiteral(method), this, QStringLiteral("KRCheckListView"), __LINE__,           \
+#define KR_CHECKLIST_VIEW_ASSERT(condition, method, message)                                                 \
+    KRAssert((condition), QStringLiteral(method), this, QStringLiteral("KRCheckListView"), __LINE__,         \
              QStringLiteral(message))
 
 // Reload
@@ -50,7 +50,8 @@ void KRCheckListView::reloadItems() {
     KRCheckListItemViewsByIdentifier itemViewsByIdentifier;
     itemViewsByIdentifier.reserve(static_cast<qsizetype>(count));
     for (KRUInteger index = 0; index < count; ++index) {
-        std::shared_ptr<KRCheckListItemView> itemView = checkListViewMakeItemViewForItemAtIndex(index, minHeight);
+        std::shared_ptr<KRCheckListItemView> itemView =
+            checkListViewMakeItemViewForItemAtIndex(index, minHeight);
         // A later item with an equal identifier takes the entry; both rows stay in the array.
         itemViewsByIdentifier.insert(itemView->itemIdentifier(), itemView);
         itemViews.push_back(std::move(itemView));
@@ -77,7 +78,8 @@ void KRCheckListView::reloadItems() {
 // ------------------------------------------------------------------------------------------------------
 
 void KRCheckListView::beginUpdates() {
-    KR_CHECKLIST_VIEW_ASSERT(!m_updating, "beginUpdates", "Can't begin updates, an update is already in progress");
+    KR_CHECKLIST_VIEW_ASSERT(!m_updating, "beginUpdates",
+                             "Can't begin updates, an update is already in progress");
     m_updating = true;
     checkListViewWillBeginUpdates(this);
 }
@@ -112,7 +114,8 @@ void KRCheckListView::updateByReloadingItemsAtIndexes(const KRIndexSet& indexSet
     const KRIndexSet selectedIndexes = m_indexesForSelectedItems;
     KRRange selectedRange{0, 0};
     if (editedIndex != KRNotFound) {
-        selectedRange = checkListViewSelectedRangeOfTitleTextField(checkListViewTitleTextFieldForIndex(editedIndex));
+        selectedRange =
+            checkListViewSelectedRangeOfTitleTextField(checkListViewTitleTextFieldForIndex(editedIndex));
     }
 
     checkListViewWillUpdateByReloadingItemsAtIndexes(this, indexes);

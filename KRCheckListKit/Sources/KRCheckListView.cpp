@@ -9,7 +9,8 @@
 #include "Foundation/KRLog.h"
 #include "Foundation/KRTrace.h"
 
-const QString KRCheckListItemsAsJSONPasteboardType = QStringLiteral("org.krtodo.KRCheckListItemsPasteboardType");
+const QString KRCheckListItemsAsJSONPasteboardType =
+    QStringLiteral("org.krtodo.KRCheckListItemsPasteboardType");
 
 const char* const KRCheckListObserveKeyPathsTriggeringSetNeedsUpdateContext =
     "KRCheckListObserveKeyPathsTriggeringSetNeedsUpdateContext";
@@ -39,12 +40,12 @@ void logDeprecatedDelegateMethod(const char* selector) {
 } // namespace
 
 // Sends an optional delegate method, only when a delegate is there and overrides it.
-#define KR_SEND_TO_DELEGATE(method, ...)                                                                       \
-    do {                                                                                                       \
-        if (const std::shared_ptr<KRCheckListViewDelegate> kr_delegate = m_delegate.lock();                    \
-            kr_delegate && m_delegateMethods.test(methodIndex(KRCheckListViewDelegateMethod::method))) {       \
-            kr_delegate->method(__VA_ARGS__);                                                                  \
-        }                                                                                                      \
+#define KR_SEND_TO_DELEGATE(method, ...)                                                                     \
+    do {                                                                                                     \
+        if (const std::shared_ptr<KRCheckListViewDelegate> kr_delegate = m_delegate.lock();                  \
+            kr_delegate && m_delegateMethods.test(methodIndex(KRCheckListViewDelegateMethod::method))) {     \
+            kr_delegate->method(__VA_ARGS__);                                                                \
+        }                                                                                                    \
     } while (false)
 
 // Construction and destruction
@@ -280,8 +281,8 @@ KRCheckListView::checkListViewMakeItemViewForItemAtIndex(KRUInteger index, std::
 // Observation
 // ------------------------------------------------------------------------------------------------------
 
-void KRCheckListView::observeValueForKeyPath(const char* keyPath, KRObject* object, const KRKeyValueChange& change,
-                                             const void* context) {
+void KRCheckListView::observeValueForKeyPath(const char* keyPath, KRObject* object,
+                                             const KRKeyValueChange& change, const void* context) {
     if (context == updateContext) {
         checkListViewUpdatePlaceholderForEachItemView();
     } else if (context == layoutContext) {
@@ -300,12 +301,15 @@ KRUInteger KRCheckListView::checkListViewNumberOfItems(KRCheckListView* checkLis
     return dataSource ? dataSource->checkListViewNumberOfItems(checkListView) : 0;
 }
 
-QJsonValue KRCheckListView::checkListViewIdentifierForItemAtIndex(KRCheckListView* checkListView, KRUInteger index) {
+QJsonValue KRCheckListView::checkListViewIdentifierForItemAtIndex(KRCheckListView* checkListView,
+                                                                  KRUInteger index) {
     const std::shared_ptr<KRCheckListViewDataSource> dataSource = m_dataSource.lock();
-    return dataSource ? dataSource->checkListViewIdentifierForItemAtIndex(checkListView, index) : QJsonValue();
+    return dataSource ? dataSource->checkListViewIdentifierForItemAtIndex(checkListView, index)
+                      : QJsonValue();
 }
 
-KRUInteger KRCheckListView::checkListViewStatusForItemAtIndex(KRCheckListView* checkListView, KRUInteger index) {
+KRUInteger KRCheckListView::checkListViewStatusForItemAtIndex(KRCheckListView* checkListView,
+                                                              KRUInteger index) {
     const std::shared_ptr<KRCheckListViewDataSource> dataSource = m_dataSource.lock();
     return dataSource ? dataSource->checkListViewStatusForItemAtIndex(checkListView, index) : 0;
 }
@@ -316,26 +320,32 @@ QString KRCheckListView::checkListViewTitleForItemAtIndex(KRCheckListView* check
 }
 
 KRUInteger KRCheckListView::checkListViewValidateChangedStatusForItemAtIndex(KRCheckListView* checkListView,
-                                                                             KRUInteger status, KRUInteger index) {
+                                                                             KRUInteger status,
+                                                                             KRUInteger index) {
     const std::shared_ptr<KRCheckListViewDataSource> dataSource = m_dataSource.lock();
-    return dataSource ? dataSource->checkListViewValidateChangedStatusForItemAtIndex(checkListView, status, index)
-                      : 0;
+    return dataSource
+               ? dataSource->checkListViewValidateChangedStatusForItemAtIndex(checkListView, status, index)
+               : 0;
 }
 
 QString KRCheckListView::checkListViewValidateChangedTitleForItemAtIndex(KRCheckListView* checkListView,
-                                                                         const QString& title, KRUInteger index) {
+                                                                         const QString& title,
+                                                                         KRUInteger index) {
     const std::shared_ptr<KRCheckListViewDataSource> dataSource = m_dataSource.lock();
-    return dataSource ? dataSource->checkListViewValidateChangedTitleForItemAtIndex(checkListView, title, index)
-                      : QString();
+    return dataSource
+               ? dataSource->checkListViewValidateChangedTitleForItemAtIndex(checkListView, title, index)
+               : QString();
 }
 
-void KRCheckListView::checkListViewInsertItemsAtIndexes(KRCheckListView* checkListView, const KRIndexSet& indexes) {
+void KRCheckListView::checkListViewInsertItemsAtIndexes(KRCheckListView* checkListView,
+                                                        const KRIndexSet& indexes) {
     if (const std::shared_ptr<KRCheckListViewDataSource> dataSource = m_dataSource.lock()) {
         dataSource->checkListViewInsertItemsAtIndexes(checkListView, indexes);
     }
 }
 
-void KRCheckListView::checkListViewRemoveItemsAtIndexes(KRCheckListView* checkListView, const KRIndexSet& indexes) {
+void KRCheckListView::checkListViewRemoveItemsAtIndexes(KRCheckListView* checkListView,
+                                                        const KRIndexSet& indexes) {
     if (const std::shared_ptr<KRCheckListViewDataSource> dataSource = m_dataSource.lock()) {
         dataSource->checkListViewRemoveItemsAtIndexes(checkListView, indexes);
     }
@@ -349,12 +359,13 @@ void KRCheckListView::checkListViewMoveItemsAtIndexesToIndex(KRCheckListView* ch
 }
 
 // Optional methods go out only to a data source that overrides them.
-#define KR_SEND_TO_DATA_SOURCE(method, ...)                                                                    \
-    do {                                                                                                       \
-        if (const std::shared_ptr<KRCheckListViewDataSource> kr_dataSource = m_dataSource.lock();              \
-            kr_dataSource && m_dataSourceMethods.test(methodIndex(KRCheckListViewDataSourceMethod::method))) { \
-            kr_dataSource->method(__VA_ARGS__);                                                                \
-        }                                                                                                      \
+#define KR_SEND_TO_DATA_SOURCE(method, ...)                                                                  \
+    do {                                                                                                     \
+        if (const std::shared_ptr<KRCheckListViewDataSource> kr_dataSource = m_dataSource.lock();            \
+            kr_dataSource &&                                                                                 \
+            m_dataSourceMethods.test(methodIndex(KRCheckListViewDataSourceMethod::method))) {                \
+            kr_dataSource->method(__VA_ARGS__);                                                              \
+        }                                                                                                    \
     } while (false)
 
 void KRCheckListView::checkListViewBeginGrouping(KRCheckListView* checkListView) {
@@ -369,8 +380,8 @@ void KRCheckListView::checkListViewEndGrouping(KRCheckListView* checkListView) {
 void KRCheckListView::checkListViewSetStatusForItemAtIndex(KRCheckListView* checkListView, KRUInteger status,
                                                            KRUInteger index) {
     const std::shared_ptr<KRCheckListViewDataSource> dataSource = m_dataSource.lock();
-    if (!dataSource ||
-        !m_dataSourceMethods.test(methodIndex(KRCheckListViewDataSourceMethod::checkListViewSetStatusForItemAtIndex))) {
+    if (!dataSource || !m_dataSourceMethods.test(methodIndex(
+                           KRCheckListViewDataSourceMethod::checkListViewSetStatusForItemAtIndex))) {
         return;
     }
     KRLog(QStringLiteral("[WARNING] [KRCheckListViewDataSource checkListView:setStatus:forItemAtIndex:] is "
@@ -378,11 +389,11 @@ void KRCheckListView::checkListViewSetStatusForItemAtIndex(KRCheckListView* chec
     dataSource->checkListViewSetStatusForItemAtIndex(checkListView, status, index);
 }
 
-void KRCheckListView::checkListViewSetTitleForItemAtIndex(KRCheckListView* checkListView, const QString& title,
-                                                          KRUInteger index) {
+void KRCheckListView::checkListViewSetTitleForItemAtIndex(KRCheckListView* checkListView,
+                                                          const QString& title, KRUInteger index) {
     const std::shared_ptr<KRCheckListViewDataSource> dataSource = m_dataSource.lock();
-    if (!dataSource ||
-        !m_dataSourceMethods.test(methodIndex(KRCheckListViewDataSourceMethod::checkListViewSetTitleForItemAtIndex))) {
+    if (!dataSource || !m_dataSourceMethods.test(methodIndex(
+                           KRCheckListViewDataSourceMethod::checkListViewSetTitleForItemAtIndex))) {
         return;
     }
     KRLog(QStringLiteral("[WARNING] [KRCheckListViewDataSource checkListView:setTitle:forItemAtIndex:] is "
@@ -451,7 +462,8 @@ void KRCheckListView::checkListViewDidUpdateByRemovingItemsAtIndexes(KRCheckList
 void KRCheckListView::checkListViewWillUpdateByMovingItemsAtIndexesToIndex(KRCheckListView* checkListView,
                                                                            const KRIndexSet& indexes,
                                                                            KRUInteger toIndex) {
-    KR_SEND_TO_DELEGATE(checkListViewWillUpdateByMovingItemsAtIndexesToIndex, checkListView, indexes, toIndex);
+    KR_SEND_TO_DELEGATE(checkListViewWillUpdateByMovingItemsAtIndexesToIndex, checkListView, indexes,
+                        toIndex);
     checkListViewWillUpdateByMovingItemsAtIndexesToIndexAnimated(checkListView, indexes, toIndex, false);
 }
 
@@ -463,53 +475,53 @@ void KRCheckListView::checkListViewDidUpdateByMovingItemsAtIndexesToIndex(KRChec
 }
 
 // The deprecated animated twins: a delegate that still has one is warned on every call, then receives it.
-#define KR_SEND_DEPRECATED_TO_DELEGATE(method, selector, ...)                                                  \
-    do {                                                                                                       \
-        if (const std::shared_ptr<KRCheckListViewDelegate> kr_delegate = m_delegate.lock();                    \
-            kr_delegate && m_delegateMethods.test(methodIndex(KRCheckListViewDelegateMethod::method))) {       \
-            logDeprecatedDelegateMethod(selector);                                                             \
-            kr_delegate->method(__VA_ARGS__);                                                                  \
-        }                                                                                                      \
+#define KR_SEND_DEPRECATED_TO_DELEGATE(method, selector, ...)                                                \
+    do {                                                                                                     \
+        if (const std::shared_ptr<KRCheckListViewDelegate> kr_delegate = m_delegate.lock();                  \
+            kr_delegate && m_delegateMethods.test(methodIndex(KRCheckListViewDelegateMethod::method))) {     \
+            logDeprecatedDelegateMethod(selector);                                                           \
+            kr_delegate->method(__VA_ARGS__);                                                                \
+        }                                                                                                    \
     } while (false)
 
 void KRCheckListView::checkListViewWillUpdateByReloadingItemsAtIndexesAnimated(KRCheckListView* checkListView,
                                                                                const KRIndexSet& indexes,
                                                                                bool animated) {
-    KR_SEND_DEPRECATED_TO_DELEGATE(checkListViewWillUpdateByReloadingItemsAtIndexesAnimated,
-                                   "checkListView:willUpdateByReloadingItemsAtIndexes:animated:", checkListView,
-                                   indexes, animated);
+    KR_SEND_DEPRECATED_TO_DELEGATE(
+        checkListViewWillUpdateByReloadingItemsAtIndexesAnimated,
+        "checkListView:willUpdateByReloadingItemsAtIndexes:animated:", checkListView, indexes, animated);
 }
 
 void KRCheckListView::checkListViewDidUpdateByReloadingItemsAtIndexesAnimated(KRCheckListView* checkListView,
                                                                               const KRIndexSet& indexes,
                                                                               bool animated) {
-    KR_SEND_DEPRECATED_TO_DELEGATE(checkListViewDidUpdateByReloadingItemsAtIndexesAnimated,
-                                   "checkListView:didUpdateByReloadingItemsAtIndexes:animated:", checkListView,
-                                   indexes, animated);
+    KR_SEND_DEPRECATED_TO_DELEGATE(
+        checkListViewDidUpdateByReloadingItemsAtIndexesAnimated,
+        "checkListView:didUpdateByReloadingItemsAtIndexes:animated:", checkListView, indexes, animated);
 }
 
 void KRCheckListView::checkListViewWillUpdateByInsertingItemsAtIndexesAnimated(KRCheckListView* checkListView,
                                                                                const KRIndexSet& indexes,
                                                                                bool animated) {
-    KR_SEND_DEPRECATED_TO_DELEGATE(checkListViewWillUpdateByInsertingItemsAtIndexesAnimated,
-                                   "checkListView:willUpdateByInsertingItemsAtIndexes:animated:", checkListView,
-                                   indexes, animated);
+    KR_SEND_DEPRECATED_TO_DELEGATE(
+        checkListViewWillUpdateByInsertingItemsAtIndexesAnimated,
+        "checkListView:willUpdateByInsertingItemsAtIndexes:animated:", checkListView, indexes, animated);
 }
 
 void KRCheckListView::checkListViewDidUpdateByInsertingItemsAtIndexesAnimated(KRCheckListView* checkListView,
                                                                               const KRIndexSet& indexes,
                                                                               bool animated) {
-    KR_SEND_DEPRECATED_TO_DELEGATE(checkListViewDidUpdateByInsertingItemsAtIndexesAnimated,
-                                   "checkListView:didUpdateByInsertingItemsAtIndexes:animated:", checkListView,
-                                   indexes, animated);
+    KR_SEND_DEPRECATED_TO_DELEGATE(
+        checkListViewDidUpdateByInsertingItemsAtIndexesAnimated,
+        "checkListView:didUpdateByInsertingItemsAtIndexes:animated:", checkListView, indexes, animated);
 }
 
 void KRCheckListView::checkListViewWillUpdateByRemovingItemsAtIndexesAnimated(KRCheckListView* checkListView,
                                                                               const KRIndexSet& indexes,
                                                                               bool animated) {
-    KR_SEND_DEPRECATED_TO_DELEGATE(checkListViewWillUpdateByRemovingItemsAtIndexesAnimated,
-                                   "checkListView:willUpdateByRemovingItemsAtIndexes:animated:", checkListView,
-                                   indexes, animated);
+    KR_SEND_DEPRECATED_TO_DELEGATE(
+        checkListViewWillUpdateByRemovingItemsAtIndexesAnimated,
+        "checkListView:willUpdateByRemovingItemsAtIndexes:animated:", checkListView, indexes, animated);
 }
 
 void KRCheckListView::checkListViewDidUpdateByRemovingItemsAtIndexesAnimated(KRCheckListView* checkListView,
@@ -520,19 +532,15 @@ void KRCheckListView::checkListViewDidUpdateByRemovingItemsAtIndexesAnimated(KRC
                                    indexes, animated);
 }
 
-void KRCheckListView::checkListViewWillUpdateByMovingItemsAtIndexesToIndexAnimated(KRCheckListView* checkListView,
-                                                                                   const KRIndexSet& indexes,
-                                                                                   KRUInteger toIndex,
-                                                                                   bool animated) {
+void KRCheckListView::checkListViewWillUpdateByMovingItemsAtIndexesToIndexAnimated(
+    KRCheckListView* checkListView, const KRIndexSet& indexes, KRUInteger toIndex, bool animated) {
     KR_SEND_DEPRECATED_TO_DELEGATE(checkListViewWillUpdateByMovingItemsAtIndexesToIndexAnimated,
                                    "checkListView:willUpdateByMovingItemsAtIndexes:toIndex:animated:",
                                    checkListView, indexes, toIndex, animated);
 }
 
-void KRCheckListView::checkListViewDidUpdateByMovingItemsAtIndexesToIndexAnimated(KRCheckListView* checkListView,
-                                                                                  const KRIndexSet& indexes,
-                                                                                  KRUInteger toIndex,
-                                                                                  bool animated) {
+void KRCheckListView::checkListViewDidUpdateByMovingItemsAtIndexesToIndexAnimated(
+    KRCheckListView* checkListView, const KRIndexSet& indexes, KRUInteger toIndex, bool animated) {
     KR_SEND_DEPRECATED_TO_DELEGATE(checkListViewDidUpdateByMovingItemsAtIndexesToIndexAnimated,
                                    "checkListView:didUpdateByMovingItemsAtIndexes:toIndex:animated:",
                                    checkListView, indexes, toIndex, animated);
@@ -540,19 +548,23 @@ void KRCheckListView::checkListViewDidUpdateByMovingItemsAtIndexesToIndexAnimate
 
 #undef KR_SEND_DEPRECATED_TO_DELEGATE
 
-void KRCheckListView::checkListViewWillBeginEditingItemAtIndex(KRCheckListView* checkListView, KRUInteger index) {
+void KRCheckListView::checkListViewWillBeginEditingItemAtIndex(KRCheckListView* checkListView,
+                                                               KRUInteger index) {
     KR_SEND_TO_DELEGATE(checkListViewWillBeginEditingItemAtIndex, checkListView, index);
 }
 
-void KRCheckListView::checkListViewDidBeginEditingItemAtIndex(KRCheckListView* checkListView, KRUInteger index) {
+void KRCheckListView::checkListViewDidBeginEditingItemAtIndex(KRCheckListView* checkListView,
+                                                              KRUInteger index) {
     KR_SEND_TO_DELEGATE(checkListViewDidBeginEditingItemAtIndex, checkListView, index);
 }
 
-void KRCheckListView::checkListViewWillEndEditingItemAtIndex(KRCheckListView* checkListView, KRUInteger index) {
+void KRCheckListView::checkListViewWillEndEditingItemAtIndex(KRCheckListView* checkListView,
+                                                             KRUInteger index) {
     KR_SEND_TO_DELEGATE(checkListViewWillEndEditingItemAtIndex, checkListView, index);
 }
 
-void KRCheckListView::checkListViewDidEndEditingItemAtIndex(KRCheckListView* checkListView, KRUInteger index) {
+void KRCheckListView::checkListViewDidEndEditingItemAtIndex(KRCheckListView* checkListView,
+                                                            KRUInteger index) {
     KR_SEND_TO_DELEGATE(checkListViewDidEndEditingItemAtIndex, checkListView, index);
 }
 
@@ -570,19 +582,23 @@ void KRCheckListView::checkListViewDidChangeSizeThatFits(KRCheckListView* checkL
     KR_SEND_TO_DELEGATE(checkListViewDidChangeSizeThatFits, checkListView);
 }
 
-void KRCheckListView::checkListViewWillSetStatusForItemAtIndex(KRCheckListView* checkListView, KRUInteger index) {
+void KRCheckListView::checkListViewWillSetStatusForItemAtIndex(KRCheckListView* checkListView,
+                                                               KRUInteger index) {
     KR_SEND_TO_DELEGATE(checkListViewWillSetStatusForItemAtIndex, checkListView, index);
 }
 
-void KRCheckListView::checkListViewDidSetStatusForItemAtIndex(KRCheckListView* checkListView, KRUInteger index) {
+void KRCheckListView::checkListViewDidSetStatusForItemAtIndex(KRCheckListView* checkListView,
+                                                              KRUInteger index) {
     KR_SEND_TO_DELEGATE(checkListViewDidSetStatusForItemAtIndex, checkListView, index);
 }
 
-void KRCheckListView::checkListViewWillSetTitleForItemAtIndex(KRCheckListView* checkListView, KRUInteger index) {
+void KRCheckListView::checkListViewWillSetTitleForItemAtIndex(KRCheckListView* checkListView,
+                                                              KRUInteger index) {
     KR_SEND_TO_DELEGATE(checkListViewWillSetTitleForItemAtIndex, checkListView, index);
 }
 
-void KRCheckListView::checkListViewDidSetTitleForItemAtIndex(KRCheckListView* checkListView, KRUInteger index) {
+void KRCheckListView::checkListViewDidSetTitleForItemAtIndex(KRCheckListView* checkListView,
+                                                             KRUInteger index) {
     KR_SEND_TO_DELEGATE(checkListViewDidSetTitleForItemAtIndex, checkListView, index);
 }
 
@@ -607,12 +623,14 @@ void KRCheckListView::checkListViewDidRemoveItemsAtIndexes(KRCheckListView* chec
 }
 
 void KRCheckListView::checkListViewWillMoveItemsAtIndexesToIndex(KRCheckListView* checkListView,
-                                                                 const KRIndexSet& indexes, KRUInteger toIndex) {
+                                                                 const KRIndexSet& indexes,
+                                                                 KRUInteger toIndex) {
     KR_SEND_TO_DELEGATE(checkListViewWillMoveItemsAtIndexesToIndex, checkListView, indexes, toIndex);
 }
 
 void KRCheckListView::checkListViewDidMoveItemsAtIndexesToIndex(KRCheckListView* checkListView,
-                                                                const KRIndexSet& indexes, KRUInteger toIndex) {
+                                                                const KRIndexSet& indexes,
+                                                                KRUInteger toIndex) {
     KR_SEND_TO_DELEGATE(checkListViewDidMoveItemsAtIndexesToIndex, checkListView, indexes, toIndex);
 }
 
@@ -646,10 +664,12 @@ void KRCheckListView::checkListViewDidLoseFocus(KRCheckListView* checkListView) 
     m_losingFocus = false;
 }
 
-bool KRCheckListView::checkListViewTextViewDoCommandBySelector(KRCheckListView* checkListView, KRTextView* textView,
+bool KRCheckListView::checkListViewTextViewDoCommandBySelector(KRCheckListView* checkListView,
+                                                               KRTextView* textView,
                                                                const KRSelector& selector) {
     const std::shared_ptr<KRCheckListViewDelegate> delegate = m_delegate.lock();
-    if (!delegate || !delegateRespondsTo(KRCheckListViewDelegateMethod::checkListViewTextViewDoCommandBySelector)) {
+    if (!delegate ||
+        !delegateRespondsTo(KRCheckListViewDelegateMethod::checkListViewTextViewDoCommandBySelector)) {
         return false;
     }
     return delegate->checkListViewTextViewDoCommandBySelector(checkListView, textView, selector);
@@ -658,7 +678,8 @@ bool KRCheckListView::checkListViewTextViewDoCommandBySelector(KRCheckListView* 
 QUndoStack* KRCheckListView::checkListViewUndoManagerForTextView(KRCheckListView* checkListView,
                                                                  KRTextView* textView) {
     const std::shared_ptr<KRCheckListViewDelegate> delegate = m_delegate.lock();
-    if (!delegate || !delegateRespondsTo(KRCheckListViewDelegateMethod::checkListViewUndoManagerForTextView)) {
+    if (!delegate ||
+        !delegateRespondsTo(KRCheckListViewDelegateMethod::checkListViewUndoManagerForTextView)) {
         return nullptr;
     }
     return delegate->checkListViewUndoManagerForTextView(checkListView, textView);
@@ -669,13 +690,15 @@ QUndoStack* KRCheckListView::checkListViewUndoManagerForTextView(KRCheckListView
 // As the delegate of its rows
 // ------------------------------------------------------------------------------------------------------
 
-QString KRCheckListView::checkListItemViewValidateChangedTitle(KRCheckListItemView* itemView, const QString& title) {
+QString KRCheckListView::checkListItemViewValidateChangedTitle(KRCheckListItemView* itemView,
+                                                               const QString& title) {
     const KRUInteger index = checkListViewIndexForItemView(itemView);
     checkListViewUpdatePlaceholderForEachItemView();
     return checkListViewValidateChangedTitleForItemAtIndex(this, title, index);
 }
 
-KRUInteger KRCheckListView::checkListItemViewValidateChangedStatus(KRCheckListItemView* itemView, KRUInteger status) {
+KRUInteger KRCheckListView::checkListItemViewValidateChangedStatus(KRCheckListItemView* itemView,
+                                                                   KRUInteger status) {
     const KRUInteger index = checkListViewIndexForItemView(itemView);
     return checkListViewValidateChangedStatusForItemAtIndex(this, status, index);
 }
@@ -692,6 +715,7 @@ void KRCheckListView::checkListItemViewDidChangeHighlighted(KRCheckListItemView*
     checkListViewUpdateDividers();
 }
 
-std::shared_ptr<KRTextView> KRCheckListView::checkListItemViewFieldEditorForView(KRCheckListItemView*, KRView*) {
+std::shared_ptr<KRTextView> KRCheckListView::checkListItemViewFieldEditorForView(KRCheckListItemView*,
+                                                                                 KRView*) {
     return m_fieldEditor;
 }

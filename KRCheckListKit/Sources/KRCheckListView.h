@@ -326,11 +326,12 @@ private:
     // The indexes the divider pass leaves out while a drag runs (empty at rest).
     KRIndexSet checkListViewIndexesOfDraggedItems() const;
     // The selection in the editor of the edited item's title, {0, 0} when nothing is edited.
-    KRRange checkListViewSelectedRangeOfTitleTextField(const KRCheckListItemTitleTextField* titleTextField) const;
+    KRRange
+    checkListViewSelectedRangeOfTitleTextField(const KRCheckListItemTitleTextField* titleTextField) const;
     // A new row showing item index as the data source reports it (identifier, status and title asked in
     // that order), configured inside one update of the row; reloadItems also gives it a minimum height.
-    std::shared_ptr<KRCheckListItemView> checkListViewMakeItemViewForItemAtIndex(KRUInteger index,
-                                                                                 std::optional<double> minHeight);
+    std::shared_ptr<KRCheckListItemView>
+    checkListViewMakeItemViewForItemAtIndex(KRUInteger index, std::optional<double> minHeight);
 
     std::weak_ptr<KRCheckListViewDataSource> m_dataSource;
     KRClientMethods m_dataSourceMethods;

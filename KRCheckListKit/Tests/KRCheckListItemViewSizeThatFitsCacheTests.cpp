@@ -14,8 +14,9 @@
 namespace {
 
 constexpr double kRowWidth = 300.0;
-const QString kLongTitle = QStringLiteral("Book flights to Lisbon, a hotel near Alfama and a table at the fado "
-                                          "place on Friday, and email Sam about the slides before the review");
+const QString kLongTitle =
+    QStringLiteral("Book flights to Lisbon, a hotel near Alfama and a table at the fado "
+                   "place on Friday, and email Sam about the slides before the review");
 
 class KRCheckListItemViewSizeThatFitsCacheTests : public ::testing::Test {
 protected:
@@ -25,7 +26,8 @@ protected:
         EXPECT_EQ(row->sizeThatFits(size), fresh(size));
     }
 
-    std::shared_ptr<KRCheckListItemView> row = std::make_shared<KRCheckListItemView>(KRRectMake(0, 0, kRowWidth, 28));
+    std::shared_ptr<KRCheckListItemView> row =
+        std::make_shared<KRCheckListItemView>(KRRectMake(0, 0, kRowWidth, 28));
 };
 
 } // namespace
@@ -90,7 +92,8 @@ TEST_F(KRCheckListItemViewSizeThatFitsCacheTests, WhileTheTitleIsEditedWhatIsTyp
     KRTextView* editor = row->titleTextField()->currentEditor();
     ASSERT_NE(editor, nullptr);
     editor->setSelectedRange(KRRange{5, 0});
-    editor->insertText(QStringLiteral(" and then a great many more words, enough to wrap the title twice over"));
+    editor->insertText(
+        QStringLiteral(" and then a great many more words, enough to wrap the title twice over"));
     const KRSize typed = row->sizeThatFits(KRSizeMake(kRowWidth, 28));
     EXPECT_GT(typed.height, before.height);
     EXPECT_EQ(typed, fresh(KRSizeMake(kRowWidth, 28)));

@@ -48,8 +48,9 @@ struct MessageLog {
 inline std::string joinedLines(const QStringList& lines) {
     return lines.join(QLatin1Char('\n')).toStdString();
 }
-#define EXPECT_LINES(actual, expected)                                                                         \
-    EXPECT_EQ(KRCheckListViewCoreTesting::joinedLines(actual), KRCheckListViewCoreTesting::joinedLines(expected))
+#define KR_CORE_EXPECT_LINES(actual, expected)                                                               \
+    EXPECT_EQ(KRCheckListViewCoreTesting::joinedLines(actual),                                               \
+              KRCheckListViewCoreTesting::joinedLines(expected))
 
 inline QString indexesText(const KRIndexSet& indexes) {
     return indexes.description();
@@ -94,12 +95,14 @@ public:
     }
     KRUInteger checkListViewValidateChangedStatusForItemAtIndex(KRCheckListView*, KRUInteger status,
                                                                 KRUInteger index) override {
-        log->add(QStringLiteral("checkListViewValidateChangedStatusForItemAtIndex %1 %2").arg(status).arg(index));
+        log->add(
+            QStringLiteral("checkListViewValidateChangedStatusForItemAtIndex %1 %2").arg(status).arg(index));
         return statusAnswer ? statusAnswer(status) : status;
     }
     QString checkListViewValidateChangedTitleForItemAtIndex(KRCheckListView*, const QString& title,
                                                             KRUInteger index) override {
-        log->add(QStringLiteral("checkListViewValidateChangedTitleForItemAtIndex %1 %2").arg(title).arg(index));
+        log->add(
+            QStringLiteral("checkListViewValidateChangedTitleForItemAtIndex %1 %2").arg(title).arg(index));
         return titleAnswer ? titleAnswer(title) : title;
     }
     void checkListViewInsertItemsAtIndexes(KRCheckListView* list, const KRIndexSet& indexes) override {
@@ -124,7 +127,9 @@ public:
     }
     void checkListViewMoveItemsAtIndexesToIndex(KRCheckListView* list, const KRIndexSet& indexes,
                                                 KRUInteger toIndex) override {
-        log->add(QStringLiteral("checkListViewMoveItemsAtIndexesToIndex %1 %2").arg(indexesText(indexes)).arg(toIndex));
+        log->add(QStringLiteral("checkListViewMoveItemsAtIndexesToIndex %1 %2")
+                     .arg(indexesText(indexes))
+                     .arg(toIndex));
         std::vector<Item> moved;
         std::vector<Item> rest;
         KRUInteger restBeforeTarget = 0;
@@ -163,12 +168,18 @@ class MemoryDataSourceWithSetters : public MemoryDataSource {
 public:
     using MemoryDataSource::MemoryDataSource;
 
-    void checkListViewBeginGrouping(KRCheckListView*) override { log->add(QStringLiteral("checkListViewBeginGrouping")); }
-    void checkListViewEndGrouping(KRCheckListView*) override { log->add(QStringLiteral("checkListViewEndGrouping")); }
-    void checkListViewSetStatusForItemAtIndex(KRCheckListView*, KRUInteger status, KRUInteger index) override {
+    void checkListViewBeginGrouping(KRCheckListView*) override {
+        log->add(QStringLiteral("checkListViewBeginGrouping"));
+    }
+    void checkListViewEndGrouping(KRCheckListView*) override {
+        log->add(QStringLiteral("checkListViewEndGrouping"));
+    }
+    void checkListViewSetStatusForItemAtIndex(KRCheckListView*, KRUInteger status,
+                                              KRUInteger index) override {
         log->add(QStringLiteral("checkListViewSetStatusForItemAtIndex %1 %2").arg(status).arg(index));
     }
-    void checkListViewSetTitleForItemAtIndex(KRCheckListView*, const QString& title, KRUInteger index) override {
+    void checkListViewSetTitleForItemAtIndex(KRCheckListView*, const QString& title,
+                                             KRUInteger index) override {
         log->add(QStringLiteral("checkListViewSetTitleForItemAtIndex %1 %2").arg(title).arg(index));
     }
 };
@@ -178,25 +189,29 @@ class RecordingDelegate : public KRCheckListViewDelegate {
 public:
     explicit RecordingDelegate(std::shared_ptr<MessageLog> messageLog) : log(std::move(messageLog)) {}
 
-#define KR_RECORD_LIST(method)                                                                                 \
-    void method(KRCheckListView*) override { log->add(QStringLiteral(#method)); }
-#define KR_RECORD_INDEXES(method)                                                                              \
-    void method(KRCheckListView*, const KRIndexSet& indexes) override {                                        \
-        log->add(QStringLiteral(#method " %1").arg(indexesText(indexes)));                                     \
+#define KR_RECORD_LIST(method)                                                                               \
+    void method(KRCheckListView*) override {                                                                 \
+        log->add(QStringLiteral(#method));                                                                   \
     }
-#define KR_RECORD_INDEX(method)                                                                                \
-    void method(KRCheckListView*, KRUInteger index) override { log->add(QStringLiteral(#method " %1").arg(index)); }
-#define KR_RECORD_INDEXES_TO_INDEX(method)                                                                     \
-    void method(KRCheckListView*, const KRIndexSet& indexes, KRUInteger toIndex) override {                    \
-        log->add(QStringLiteral(#method " %1 %2").arg(indexesText(indexes)).arg(toIndex));                     \
+#define KR_RECORD_INDEXES(method)                                                                            \
+    void method(KRCheckListView*, const KRIndexSet& indexes) override {                                      \
+        log->add(QStringLiteral(#method " %1").arg(indexesText(indexes)));                                   \
     }
-#define KR_RECORD_INDEXES_ANIMATED(method)                                                                     \
-    void method(KRCheckListView*, const KRIndexSet& indexes, bool animated) override {                         \
-        log->add(QStringLiteral(#method " %1 %2").arg(indexesText(indexes)).arg(animated));                    \
+#define KR_RECORD_INDEX(method)                                                                              \
+    void method(KRCheckListView*, KRUInteger index) override {                                               \
+        log->add(QStringLiteral(#method " %1").arg(index));                                                  \
     }
-#define KR_RECORD_INDEXES_TO_INDEX_ANIMATED(method)                                                            \
-    void method(KRCheckListView*, const KRIndexSet& indexes, KRUInteger toIndex, bool animated) override {     \
-        log->add(QStringLiteral(#method " %1 %2 %3").arg(indexesText(indexes)).arg(toIndex).arg(animated));    \
+#define KR_RECORD_INDEXES_TO_INDEX(method)                                                                   \
+    void method(KRCheckListView*, const KRIndexSet& indexes, KRUInteger toIndex) override {                  \
+        log->add(QStringLiteral(#method " %1 %2").arg(indexesText(indexes)).arg(toIndex));                   \
+    }
+#define KR_RECORD_INDEXES_ANIMATED(method)                                                                   \
+    void method(KRCheckListView*, const KRIndexSet& indexes, bool animated) override {                       \
+        log->add(QStringLiteral(#method " %1 %2").arg(indexesText(indexes)).arg(animated));                  \
+    }
+#define KR_RECORD_INDEXES_TO_INDEX_ANIMATED(method)                                                          \
+    void method(KRCheckListView*, const KRIndexSet& indexes, KRUInteger toIndex, bool animated) override {   \
+        log->add(QStringLiteral(#method " %1 %2 %3").arg(indexesText(indexes)).arg(toIndex).arg(animated));  \
     }
 
     KR_RECORD_LIST(checkListViewWillReloadItems)
@@ -250,7 +265,8 @@ public:
 #undef KR_RECORD_INDEXES_ANIMATED
 #undef KR_RECORD_INDEXES_TO_INDEX_ANIMATED
 
-    bool checkListViewTextViewDoCommandBySelector(KRCheckListView*, KRTextView*, const KRSelector& selector) override {
+    bool checkListViewTextViewDoCommandBySelector(KRCheckListView*, KRTextView*,
+                                                  const KRSelector& selector) override {
         log->add(QStringLiteral("checkListViewTextViewDoCommandBySelector %1").arg(selector.name()));
         return doCommandAnswer;
     }

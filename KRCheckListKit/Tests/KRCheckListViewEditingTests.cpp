@@ -41,9 +41,9 @@ protected:
         list = std::make_shared<KRCheckListView>(KRRectMake(0, 0, 320, 400));
         content->addSubview(list);
         dataSource = std::make_shared<MemoryDataSource>(log);
-        dataSource->itemList = MemoryDataSource::items({QStringLiteral("Milk"), QStringLiteral("Eggs"),
-                                                        QStringLiteral("Bread"), QStringLiteral("Butter"),
-                                                        QStringLiteral("Jam")});
+        dataSource->itemList =
+            MemoryDataSource::items({QStringLiteral("Milk"), QStringLiteral("Eggs"), QStringLiteral("Bread"),
+                                     QStringLiteral("Butter"), QStringLiteral("Jam")});
         list->setDataSource(dataSource);
         delegate = std::make_shared<RecordingDelegate>(log);
         list->setDelegate(delegate);
@@ -56,7 +56,9 @@ protected:
         KRAssertionHandler::setCurrentHandler(nullptr);
     }
 
-    KRCheckListItemView* row(KRUInteger index) const { return list->checkListViewItemViewForItemAtIndex(index); }
+    KRCheckListItemView* row(KRUInteger index) const {
+        return list->checkListViewItemViewForItemAtIndex(index);
+    }
 
     // Records the state at every message, watching row `index`.
     void watch(KRUInteger index) {
@@ -111,8 +113,9 @@ TEST_F(KRCheckListViewEditingTests, SelectingTellsTheDelegateBeforeAndAfterTheRo
     watch(3);
     list->selectItemsAtIndexesByExtendingSelection(KRIndexSet{1, 3}, false);
 
-    EXPECT_LINES(log->lines, (QStringList{QStringLiteral("checkListViewWillSelectItemsAtIndexes [1, 3]"),
-                                       QStringLiteral("checkListViewDidSelectItemsAtIndexes [1, 3]")}));
+    KR_CORE_EXPECT_LINES(log->lines,
+                         (QStringList{QStringLiteral("checkListViewWillSelectItemsAtIndexes [1, 3]"),
+                                      QStringLiteral("checkListViewDidSelectItemsAtIndexes [1, 3]")}));
     ASSERT_EQ(moments.size(), 2u);
     EXPECT_TRUE(moments[0].selecting);
     EXPECT_FALSE(moments[0].rowSelected);
@@ -131,9 +134,10 @@ TEST_F(KRCheckListViewEditingTests, SelectingTellsTheDelegateBeforeAndAfterTheRo
 
 TEST_F(KRCheckListViewEditingTests, SelectingInAnUnfocusedListGivesItTheFocusButEditsNothing) {
     list->selectItemAtIndexByExtendingSelection(2, false);
-    EXPECT_LINES(log->lines, (QStringList{QStringLiteral("checkListViewWillSelectItemsAtIndexes [2]"),
-                                       QStringLiteral("checkListViewWillGainFocus"),
-                                       QStringLiteral("checkListViewDidSelectItemsAtIndexes [2]")}));
+    KR_CORE_EXPECT_LINES(log->lines,
+                         (QStringList{QStringLiteral("checkListViewWillSelectItemsAtIndexes [2]"),
+                                      QStringLiteral("checkListViewWillGainFocus"),
+                                      QStringLiteral("checkListViewDidSelectItemsAtIndexes [2]")}));
     EXPECT_EQ(window.firstResponder(), list.get());
     EXPECT_TRUE(list->hasFocus());
     EXPECT_EQ(list->indexForEditedItem(), KRNotFound);
@@ -164,11 +168,11 @@ TEST_F(KRCheckListViewEditingTests, TheWrappersSelectAllAndDeselect) {
     for (KRUInteger index = 0; index < 5; ++index) {
         EXPECT_FALSE(row(index)->isSelected());
     }
-    EXPECT_LINES(log->filtered(QStringLiteral("checkListViewDidSelect")),
-              (QStringList{QStringLiteral("checkListViewDidSelectItemsAtIndexes [0-4]"),
-                           QStringLiteral("checkListViewDidSelectItemsAtIndexes [0-1, 3-4]"),
-                           QStringLiteral("checkListViewDidSelectItemsAtIndexes [3-4]"),
-                           QStringLiteral("checkListViewDidSelectItemsAtIndexes (empty)")}));
+    KR_CORE_EXPECT_LINES(log->filtered(QStringLiteral("checkListViewDidSelect")),
+                         (QStringList{QStringLiteral("checkListViewDidSelectItemsAtIndexes [0-4]"),
+                                      QStringLiteral("checkListViewDidSelectItemsAtIndexes [0-1, 3-4]"),
+                                      QStringLiteral("checkListViewDidSelectItemsAtIndexes [3-4]"),
+                                      QStringLiteral("checkListViewDidSelectItemsAtIndexes (empty)")}));
 }
 
 TEST_F(KRCheckListViewEditingTests, SelectingEndsARunningEditFirstAndLeavesThePivot) {
@@ -178,10 +182,11 @@ TEST_F(KRCheckListViewEditingTests, SelectingEndsARunningEditFirstAndLeavesThePi
     watch(4);
     list->selectItemAtIndexByExtendingSelection(0, false);
 
-    EXPECT_LINES(log->lines, (QStringList{QStringLiteral("checkListViewWillEndEditingItemAtIndex 4"),
-                                       QStringLiteral("checkListViewDidEndEditingItemAtIndex 4"),
-                                       QStringLiteral("checkListViewWillSelectItemsAtIndexes [0]"),
-                                       QStringLiteral("checkListViewDidSelectItemsAtIndexes [0]")}));
+    KR_CORE_EXPECT_LINES(log->lines,
+                         (QStringList{QStringLiteral("checkListViewWillEndEditingItemAtIndex 4"),
+                                      QStringLiteral("checkListViewDidEndEditingItemAtIndex 4"),
+                                      QStringLiteral("checkListViewWillSelectItemsAtIndexes [0]"),
+                                      QStringLiteral("checkListViewDidSelectItemsAtIndexes [0]")}));
     EXPECT_TRUE(moments[0].selecting);
     EXPECT_EQ(list->indexForEditedItem(), KRNotFound);
     EXPECT_FALSE(row(4)->isEdited());
@@ -193,10 +198,11 @@ TEST_F(KRCheckListViewEditingTests, SelectingEndsARunningEditFirstAndLeavesThePi
 TEST_F(KRCheckListViewEditingTests, AnEmptySelectionDeselectsEverythingAndStillEndsEditing) {
     focus();
     list->selectItemsAtIndexesByExtendingSelection(KRIndexSet(), false);
-    EXPECT_LINES(log->lines, (QStringList{QStringLiteral("checkListViewWillEndEditingItemAtIndex 4"),
-                                       QStringLiteral("checkListViewDidEndEditingItemAtIndex 4"),
-                                       QStringLiteral("checkListViewWillSelectItemsAtIndexes (empty)"),
-                                       QStringLiteral("checkListViewDidSelectItemsAtIndexes (empty)")}));
+    KR_CORE_EXPECT_LINES(log->lines,
+                         (QStringList{QStringLiteral("checkListViewWillEndEditingItemAtIndex 4"),
+                                      QStringLiteral("checkListViewDidEndEditingItemAtIndex 4"),
+                                      QStringLiteral("checkListViewWillSelectItemsAtIndexes (empty)"),
+                                      QStringLiteral("checkListViewDidSelectItemsAtIndexes (empty)")}));
     EXPECT_EQ(list->indexForEditedItem(), KRNotFound);
 }
 
@@ -229,8 +235,9 @@ TEST_F(KRCheckListViewEditingTests, BeginningAnEditRunsEveryStepBetweenTheWillAn
     watch(2);
     list->beginEditingItemAtIndexSelectRange(2, KRRange{1, 2});
 
-    EXPECT_LINES(log->lines, (QStringList{QStringLiteral("checkListViewWillBeginEditingItemAtIndex 2"),
-                                       QStringLiteral("checkListViewDidBeginEditingItemAtIndex 2")}));
+    KR_CORE_EXPECT_LINES(log->lines,
+                         (QStringList{QStringLiteral("checkListViewWillBeginEditingItemAtIndex 2"),
+                                      QStringLiteral("checkListViewDidBeginEditingItemAtIndex 2")}));
     ASSERT_EQ(moments.size(), 2u);
     EXPECT_TRUE(moments[0].beginningEditing);
     EXPECT_FALSE(moments[0].rowEdited);
@@ -259,10 +266,11 @@ TEST_F(KRCheckListViewEditingTests, BeginningAnotherEditEndsTheRunningOneFirst) 
     KRCheckListItemView* previous = row(4);
     list->beginEditingItemAtIndexSelectRange(1, KRRange{0, 0});
 
-    EXPECT_LINES(log->lines, (QStringList{QStringLiteral("checkListViewWillEndEditingItemAtIndex 4"),
-                                       QStringLiteral("checkListViewDidEndEditingItemAtIndex 4"),
-                                       QStringLiteral("checkListViewWillBeginEditingItemAtIndex 1"),
-                                       QStringLiteral("checkListViewDidBeginEditingItemAtIndex 1")}));
+    KR_CORE_EXPECT_LINES(log->lines,
+                         (QStringList{QStringLiteral("checkListViewWillEndEditingItemAtIndex 4"),
+                                      QStringLiteral("checkListViewDidEndEditingItemAtIndex 4"),
+                                      QStringLiteral("checkListViewWillBeginEditingItemAtIndex 1"),
+                                      QStringLiteral("checkListViewDidBeginEditingItemAtIndex 1")}));
     EXPECT_FALSE(previous->isEdited());
     EXPECT_FALSE(previous->titleTextField()->isEditable());
     EXPECT_EQ(previous->titleTextField()->currentEditor(), nullptr);
@@ -276,10 +284,11 @@ TEST_F(KRCheckListViewEditingTests, BeginningAnEditDeselectsAllFirst) {
     list->selectItemsAtIndexesByExtendingSelection(KRIndexSet{0, 1}, false);
     log->clear();
     list->beginEditingItemAtIndexSelectRange(3, KRRange{0, 0});
-    EXPECT_LINES(log->lines, (QStringList{QStringLiteral("checkListViewWillSelectItemsAtIndexes (empty)"),
-                                       QStringLiteral("checkListViewDidSelectItemsAtIndexes (empty)"),
-                                       QStringLiteral("checkListViewWillBeginEditingItemAtIndex 3"),
-                                       QStringLiteral("checkListViewDidBeginEditingItemAtIndex 3")}));
+    KR_CORE_EXPECT_LINES(log->lines,
+                         (QStringList{QStringLiteral("checkListViewWillSelectItemsAtIndexes (empty)"),
+                                      QStringLiteral("checkListViewDidSelectItemsAtIndexes (empty)"),
+                                      QStringLiteral("checkListViewWillBeginEditingItemAtIndex 3"),
+                                      QStringLiteral("checkListViewDidBeginEditingItemAtIndex 3")}));
     EXPECT_TRUE(list->indexesForSelectedItems().isEmpty());
     EXPECT_EQ(list->indexesForEditedOrSelectedItems(), KRIndexSet(3));
 }
@@ -299,15 +308,16 @@ TEST_F(KRCheckListViewEditingTests, TheRequestedRangeIsClampedToTheTitle) {
 
 TEST_F(KRCheckListViewEditingTests, EnteringTheLastLineOfAOneLineTitleKeepsTheRangeWithTheCaretDownstream) {
     focusWithoutEditing();
-    list->beginEditingItemAtIndexSelectRangeUseTrackedInsertionPointInFirstLineInLastLine(1, KRRange{2, 0}, false,
-                                                                                          false, true);
+    list->beginEditingItemAtIndexSelectRangeUseTrackedInsertionPointInFirstLineInLastLine(1, KRRange{2, 0},
+                                                                                          false, false, true);
     EXPECT_EQ(list->fieldEditor()->selectedRange(), (KRRange{2, 0}));
     EXPECT_EQ(list->fieldEditor()->selectionAffinity(), KRTextView::SelectionAffinityDownstream);
 }
 
 TEST_F(KRCheckListViewEditingTests, EnteringTheLastLineCountsTheLocationFromThatLinesStart) {
-    const QString longTitle = QStringLiteral("Pick up the dry cleaning on the way home and remember the receipt "
-                                             "that is in the drawer by the door");
+    const QString longTitle =
+        QStringLiteral("Pick up the dry cleaning on the way home and remember the receipt "
+                       "that is in the drawer by the door");
     dataSource->itemList[2].title = longTitle;
     list->reloadItems();
     focusWithoutEditing();
@@ -329,16 +339,16 @@ TEST_F(KRCheckListViewEditingTests, ATitleShorterThanTwoCharactersSkipsTheLastLi
     dataSource->itemList[0].title = QStringLiteral("A");
     list->reloadItems();
     focusWithoutEditing();
-    list->beginEditingItemAtIndexSelectRangeUseTrackedInsertionPointInFirstLineInLastLine(0, KRRange{0, 1}, false,
-                                                                                          false, true);
+    list->beginEditingItemAtIndexSelectRangeUseTrackedInsertionPointInFirstLineInLastLine(0, KRRange{0, 1},
+                                                                                          false, false, true);
     EXPECT_EQ(list->fieldEditor()->selectedRange(), (KRRange{0, 1}));
 }
 
 TEST_F(KRCheckListViewEditingTests, WithoutATrackedPositionTheRangeIsUsed) {
     focusWithoutEditing();
     ASSERT_TRUE(KRRectIsNull(list->insertionPointRectOnScreen()));
-    list->beginEditingItemAtIndexSelectRangeUseTrackedInsertionPointInFirstLineInLastLine(3, KRRange{1, 2}, true,
-                                                                                          false, false);
+    list->beginEditingItemAtIndexSelectRangeUseTrackedInsertionPointInFirstLineInLastLine(3, KRRange{1, 2},
+                                                                                          true, false, false);
     EXPECT_EQ(list->fieldEditor()->selectedRange(), (KRRange{1, 2}));
 }
 
@@ -379,8 +389,9 @@ TEST_F(KRCheckListViewEditingTests, EndingAnEditRunsEveryStepBetweenTheWillAndDi
     watch(4);
     list->endEditing();
 
-    EXPECT_LINES(log->lines, (QStringList{QStringLiteral("checkListViewWillEndEditingItemAtIndex 4"),
-                                       QStringLiteral("checkListViewDidEndEditingItemAtIndex 4")}));
+    KR_CORE_EXPECT_LINES(log->lines,
+                         (QStringList{QStringLiteral("checkListViewWillEndEditingItemAtIndex 4"),
+                                      QStringLiteral("checkListViewDidEndEditingItemAtIndex 4")}));
     ASSERT_EQ(moments.size(), 2u);
     EXPECT_TRUE(moments[0].endingEditing);
     EXPECT_TRUE(moments[0].rowEdited);
@@ -408,12 +419,14 @@ TEST_F(KRCheckListViewEditingTests, TypedTextIsValidatedAsItIsTypedAndEndingWrit
     focus();
     dataSource->titleAnswer = [](const QString& title) { return title + QStringLiteral("!"); };
     list->fieldEditor()->insertText(QStringLiteral("s"));
-    EXPECT_LINES(log->lines, QStringList{QStringLiteral("checkListViewValidateChangedTitleForItemAtIndex Jams 4")});
+    KR_CORE_EXPECT_LINES(
+        log->lines, QStringList{QStringLiteral("checkListViewValidateChangedTitleForItemAtIndex Jams 4")});
     EXPECT_EQ(row(4)->title(), QStringLiteral("Jams!"));
     log->clear();
     list->endEditing();
-    EXPECT_LINES(log->lines, (QStringList{QStringLiteral("checkListViewWillEndEditingItemAtIndex 4"),
-                                       QStringLiteral("checkListViewDidEndEditingItemAtIndex 4")}));
+    KR_CORE_EXPECT_LINES(log->lines,
+                         (QStringList{QStringLiteral("checkListViewWillEndEditingItemAtIndex 4"),
+                                      QStringLiteral("checkListViewDidEndEditingItemAtIndex 4")}));
     EXPECT_EQ(row(4)->title(), QStringLiteral("Jams!"));
 }
 
@@ -421,11 +434,12 @@ TEST_F(KRCheckListViewEditingTests, ATitleFieldThatEndsOnItsOwnEndsTheEditAndThe
     focus();
     window.makeFirstResponder(nullptr);
 
-    EXPECT_LINES(log->lines, (QStringList{QStringLiteral("checkListViewWillEndEditingItemAtIndex 4"),
-                                       QStringLiteral("checkListViewDidEndEditingItemAtIndex 4"),
-                                       QStringLiteral("checkListViewWillLoseFocus"),
-                                       QStringLiteral("checkListViewWillSelectItemsAtIndexes (empty)"),
-                                       QStringLiteral("checkListViewDidSelectItemsAtIndexes (empty)")}));
+    KR_CORE_EXPECT_LINES(log->lines,
+                         (QStringList{QStringLiteral("checkListViewWillEndEditingItemAtIndex 4"),
+                                      QStringLiteral("checkListViewDidEndEditingItemAtIndex 4"),
+                                      QStringLiteral("checkListViewWillLoseFocus"),
+                                      QStringLiteral("checkListViewWillSelectItemsAtIndexes (empty)"),
+                                      QStringLiteral("checkListViewDidSelectItemsAtIndexes (empty)")}));
     EXPECT_EQ(list->indexForEditedItem(), KRNotFound);
     EXPECT_FALSE(list->hasFocus());
     EXPECT_TRUE(list->isLosingFocus());
@@ -443,8 +457,9 @@ TEST_F(KRCheckListViewEditingTests, TheRowsEndOfEditingIsIgnoredWhileTheListEnds
     };
     list->endEditing();
     log->onMessage = nullptr;
-    EXPECT_LINES(log->lines, (QStringList{QStringLiteral("checkListViewWillEndEditingItemAtIndex 4"),
-                                       QStringLiteral("checkListViewDidEndEditingItemAtIndex 4")}));
+    KR_CORE_EXPECT_LINES(log->lines,
+                         (QStringList{QStringLiteral("checkListViewWillEndEditingItemAtIndex 4"),
+                                      QStringLiteral("checkListViewDidEndEditingItemAtIndex 4")}));
     EXPECT_TRUE(list->hasFocus());
 }
 
@@ -468,9 +483,10 @@ TEST_F(KRCheckListViewEditingTests, TheRowsEndOfEditingIsIgnoredWhileTheListSele
 TEST_F(KRCheckListViewEditingTests, BecomingFirstResponderGainsTheFocusAndEditsTheLastItemAtItsEnd) {
     window.makeFirstResponder(list.get());
 
-    EXPECT_LINES(log->lines, (QStringList{QStringLiteral("checkListViewWillGainFocus"),
-                                       QStringLiteral("checkListViewWillBeginEditingItemAtIndex 4"),
-                                       QStringLiteral("checkListViewDidBeginEditingItemAtIndex 4")}));
+    KR_CORE_EXPECT_LINES(log->lines,
+                         (QStringList{QStringLiteral("checkListViewWillGainFocus"),
+                                      QStringLiteral("checkListViewWillBeginEditingItemAtIndex 4"),
+                                      QStringLiteral("checkListViewDidBeginEditingItemAtIndex 4")}));
     EXPECT_TRUE(list->hasFocus());
     EXPECT_TRUE(list->isGainingFocus());
     EXPECT_FALSE(list->isBecomingFirstResponder());
@@ -488,7 +504,7 @@ TEST_F(KRCheckListViewEditingTests, AnEmptyListOnlyGainsTheFocus) {
     list->reloadItems();
     log->clear();
     window.makeFirstResponder(list.get());
-    EXPECT_LINES(log->lines, QStringList{QStringLiteral("checkListViewWillGainFocus")});
+    KR_CORE_EXPECT_LINES(log->lines, QStringList{QStringLiteral("checkListViewWillGainFocus")});
     EXPECT_EQ(list->indexForEditedItem(), KRNotFound);
     EXPECT_EQ(window.firstResponder(), list.get());
 }
@@ -498,9 +514,10 @@ TEST_F(KRCheckListViewEditingTests, ResigningLosesTheFocusAndClearsTheSelection)
     list->selectItemAtIndexByExtendingSelection(1, false);
     log->clear();
     window.makeFirstResponder(nullptr);
-    EXPECT_LINES(log->lines, (QStringList{QStringLiteral("checkListViewWillLoseFocus"),
-                                       QStringLiteral("checkListViewWillSelectItemsAtIndexes (empty)"),
-                                       QStringLiteral("checkListViewDidSelectItemsAtIndexes (empty)")}));
+    KR_CORE_EXPECT_LINES(log->lines,
+                         (QStringList{QStringLiteral("checkListViewWillLoseFocus"),
+                                      QStringLiteral("checkListViewWillSelectItemsAtIndexes (empty)"),
+                                      QStringLiteral("checkListViewDidSelectItemsAtIndexes (empty)")}));
     EXPECT_FALSE(list->hasFocus());
     EXPECT_TRUE(list->indexesForSelectedItems().isEmpty());
     EXPECT_TRUE(KRRectIsNull(list->insertionPointRectOnScreen()));
@@ -522,8 +539,10 @@ TEST_F(KRCheckListViewEditingTests, GainingOrLosingTheFocusTwiceIsAnInternalInco
         list->checkListViewGainFocus();
         FAIL() << "gaining the focus twice should fail";
     } catch (const KRInternalInconsistencyException& failure) {
-        EXPECT_EQ(failure.message(),
-                  QStringLiteral("Check list view can't gain focus because it already has focus, internal inconsistency"));
+        EXPECT_EQ(
+            failure.message(),
+            QStringLiteral(
+                "Check list view can't gain focus because it already has focus, internal inconsistency"));
         EXPECT_EQ(failure.file(), QStringLiteral("KRCheckListView"));
         EXPECT_GT(failure.line(), 0);
         EXPECT_EQ(failure.object(), list.get());
@@ -533,8 +552,9 @@ TEST_F(KRCheckListViewEditingTests, GainingOrLosingTheFocusTwiceIsAnInternalInco
         list->checkListViewLoseFocus();
         FAIL() << "losing the focus twice should fail";
     } catch (const KRInternalInconsistencyException& failure) {
-        EXPECT_EQ(failure.message(), QStringLiteral("Check list view can't lose focus because it doesn't have focus "
-                                                    "in the first place, internal inconsistency"));
+        EXPECT_EQ(failure.message(),
+                  QStringLiteral("Check list view can't lose focus because it doesn't have focus "
+                                 "in the first place, internal inconsistency"));
         EXPECT_EQ(failure.file(), QStringLiteral("KRCheckListView"));
     }
 }

@@ -66,11 +66,13 @@ public:
         calls << QStringLiteral("title");
         return QStringLiteral("t");
     }
-    KRUInteger checkListViewValidateChangedStatusForItemAtIndex(KRCheckListView*, KRUInteger, KRUInteger) override {
+    KRUInteger checkListViewValidateChangedStatusForItemAtIndex(KRCheckListView*, KRUInteger,
+                                                                KRUInteger) override {
         calls << QStringLiteral("validateStatus");
         return 1;
     }
-    QString checkListViewValidateChangedTitleForItemAtIndex(KRCheckListView*, const QString&, KRUInteger) override {
+    QString checkListViewValidateChangedTitleForItemAtIndex(KRCheckListView*, const QString&,
+                                                            KRUInteger) override {
         calls << QStringLiteral("validateTitle");
         return QStringLiteral("v");
     }
@@ -89,7 +91,8 @@ public:
 // Still uses one deprecated form: the animated will-insert message.
 class AnimatedInsertDelegate : public KRCheckListViewDelegate {
 public:
-    void checkListViewWillUpdateByInsertingItemsAtIndexesAnimated(KRCheckListView* list, const KRIndexSet& indexes,
+    void checkListViewWillUpdateByInsertingItemsAtIndexesAnimated(KRCheckListView* list,
+                                                                  const KRIndexSet& indexes,
                                                                   bool animated) override {
         calls.push_back({indexes, animated, list->numberOfItems()});
     }
@@ -146,12 +149,13 @@ TEST_F(KRCheckListViewLifecycleTests, DestructionRunsTheUnloadStepsInTheExactRev
     const void* address = list.get();
     trace.clear();
     list.reset();
-    EXPECT_LINES(trace.stepsOf(address), unloadSteps);
+    KR_CORE_EXPECT_LINES(trace.stepsOf(address), unloadSteps);
 }
 
 TEST_F(KRCheckListViewLifecycleTests, UnloadTearsDownWhatLoadSetUp) {
     auto list = makeList({QStringLiteral("One")});
-    const std::shared_ptr<KRCheckListDropPlaceholderContentView> contentView = list->dropPlaceholderContentView();
+    const std::shared_ptr<KRCheckListDropPlaceholderContentView> contentView =
+        list->dropPlaceholderContentView();
     list->checkListViewUnload();
 
     EXPECT_EQ(contentView->superview(), nullptr);
@@ -174,7 +178,8 @@ TEST_F(KRCheckListViewLifecycleTests, ARowThatOutlivesItsListNoLongerReachesIt) 
     EXPECT_EQ(row->delegate(), list.get());
     list.reset();
     EXPECT_EQ(row->delegate(), nullptr);
-    EXPECT_EQ(row->checkListItemViewValidateChangedTitle(row.get(), QStringLiteral("x")), QStringLiteral("x"));
+    EXPECT_EQ(row->checkListItemViewValidateChangedTitle(row.get(), QStringLiteral("x")),
+              QStringLiteral("x"));
 }
 
 // First values
@@ -228,9 +233,11 @@ TEST_F(KRCheckListViewLifecycleTests, ANewListOwnsItsFieldEditorDummyRowAndPlace
 
 TEST_F(KRCheckListViewLifecycleTests, TheListIsADragDestinationForItsItemsOnly) {
     auto list = std::make_shared<KRCheckListView>();
-    EXPECT_EQ(KRCheckListItemsAsJSONPasteboardType, QStringLiteral("org.krtodo.KRCheckListItemsPasteboardType"));
-    EXPECT_TRUE(KRCheckListItemsAsJSONPasteboardType.endsWith(QStringLiteral(".KRCheckListItemsPasteboardType")));
-    EXPECT_LINES(list->registeredDraggedTypes(), QStringList{KRCheckListItemsAsJSONPasteboardType});
+    EXPECT_EQ(KRCheckListItemsAsJSONPasteboardType,
+              QStringLiteral("org.krtodo.KRCheckListItemsPasteboardType"));
+    EXPECT_TRUE(
+        KRCheckListItemsAsJSONPasteboardType.endsWith(QStringLiteral(".KRCheckListItemsPasteboardType")));
+    KR_CORE_EXPECT_LINES(list->registeredDraggedTypes(), QStringList{KRCheckListItemsAsJSONPasteboardType});
 }
 
 TEST_F(KRCheckListViewLifecycleTests, AClickInAnInactiveWindowActsAtOnce) {
@@ -288,9 +295,11 @@ TEST_F(KRCheckListViewLifecycleTests, ViewsThatAreNotItsRowsHaveNoIndex) {
     EXPECT_EQ(list->checkListViewIndexForItemView(other->checkListItemViews().front().get()), KRNotFound);
     EXPECT_EQ(list->checkListViewIndexForTitleTextField(nullptr), KRNotFound);
     EXPECT_EQ(list->checkListViewIndexForTitleTextField(stranger.get()), KRNotFound);
-    EXPECT_EQ(list->checkListViewIndexForTitleTextField(other->checkListViewTitleTextFieldForIndex(0)), KRNotFound);
-    EXPECT_EQ(list->checkListViewIndexForTitleTextField(list->dummyCheckListItemView()->titleTextField().get()),
+    EXPECT_EQ(list->checkListViewIndexForTitleTextField(other->checkListViewTitleTextFieldForIndex(0)),
               KRNotFound);
+    EXPECT_EQ(
+        list->checkListViewIndexForTitleTextField(list->dummyCheckListItemView()->titleTextField().get()),
+        KRNotFound);
 }
 
 TEST_F(KRCheckListViewLifecycleTests, AnyViewInsideARowFindsThatRowsIndex) {
@@ -353,7 +362,8 @@ TEST_F(KRCheckListViewLifecycleTests, ContextsAreRecognisedByIdentityNotByText) 
     KRCheckListItemView* second = list->checkListViewItemViewForItemAtIndex(1);
     second->setPlaceholder(QStringLiteral("Kept"));
     static const char* const sameTextElsewhere = "KRCheckListObserveKeyPathsTriggeringSetNeedsUpdateContext";
-    static const char* const sameLayoutTextElsewhere = "KRCheckListObserveKeyPathsTriggeringSetNeedsLayoutContext";
+    static const char* const sameLayoutTextElsewhere =
+        "KRCheckListObserveKeyPathsTriggeringSetNeedsLayoutContext";
 
     list->observeValueForKeyPath("title", second, KRKeyValueChange(), &sameTextElsewhere);
     list->observeValueForKeyPath("frame", list.get(), KRKeyValueChange(), &sameLayoutTextElsewhere);
@@ -377,7 +387,7 @@ TEST_F(KRCheckListViewLifecycleTests, ADelegateThatOverridesNothingIsSentNothing
     auto delegate = std::make_shared<SilentDelegate>();
     list->setDelegate(delegate);
 
-#define KR_EXPECT_NOT_RESPONDING(method)                                                                       \
+#define KR_EXPECT_NOT_RESPONDING(method)                                                                     \
     EXPECT_FALSE(list->delegateRespondsTo(KRCheckListViewDelegateMethod::method)) << #method;
     KR_CHECKLIST_VIEW_DELEGATE_METHODS(KR_EXPECT_NOT_RESPONDING)
 #undef KR_EXPECT_NOT_RESPONDING
@@ -416,11 +426,13 @@ TEST_F(KRCheckListViewLifecycleTests, TheAnswersOfADelegateThatOverridesThemAreR
     delegate->undoManagerAnswer = someUndoStack;
     list->setDelegate(delegate);
 
-    EXPECT_TRUE(list->delegateRespondsTo(KRCheckListViewDelegateMethod::checkListViewTextViewDoCommandBySelector));
+    EXPECT_TRUE(
+        list->delegateRespondsTo(KRCheckListViewDelegateMethod::checkListViewTextViewDoCommandBySelector));
     EXPECT_TRUE(list->checkListViewTextViewDoCommandBySelector(list.get(), nullptr, KRSelector("moveUp:")));
     EXPECT_EQ(list->checkListViewUndoManagerForTextView(list.get(), nullptr), someUndoStack);
-    EXPECT_LINES(log->lines, (QStringList{QStringLiteral("checkListViewTextViewDoCommandBySelector moveUp:"),
-                                       QStringLiteral("checkListViewUndoManagerForTextView")}));
+    KR_CORE_EXPECT_LINES(log->lines,
+                         (QStringList{QStringLiteral("checkListViewTextViewDoCommandBySelector moveUp:"),
+                                      QStringLiteral("checkListViewUndoManagerForTextView")}));
 }
 
 TEST_F(KRCheckListViewLifecycleTests, TheClientsAreReadAfreshAtEveryMessageAndHeldWeakly) {
@@ -441,8 +453,8 @@ TEST_F(KRCheckListViewLifecycleTests, TheClientsAreReadAfreshAtEveryMessageAndHe
     list->checkListViewDidReloadItems(list.get());
     list->setDelegate(nullptr);
     list->checkListViewDidReloadItems(list.get());
-    EXPECT_LINES(log->lines, (QStringList{QStringLiteral("checkListViewWillReloadItems"),
-                                       QStringLiteral("checkListViewDidReloadItems")}));
+    KR_CORE_EXPECT_LINES(log->lines, (QStringList{QStringLiteral("checkListViewWillReloadItems"),
+                                                  QStringLiteral("checkListViewDidReloadItems")}));
 }
 
 TEST_F(KRCheckListViewLifecycleTests, RequiredDataSourceMethodsAreSentUnchecked) {
@@ -460,16 +472,20 @@ TEST_F(KRCheckListViewLifecycleTests, RequiredDataSourceMethodsAreSentUnchecked)
     list->checkListViewInsertItemsAtIndexes(list.get(), KRIndexSet(0));
     list->checkListViewRemoveItemsAtIndexes(list.get(), KRIndexSet(0));
     list->checkListViewMoveItemsAtIndexesToIndex(list.get(), KRIndexSet(0), 1);
-    EXPECT_LINES(minimal->calls,
-              (QStringList{QStringLiteral("count"), QStringLiteral("identifier"), QStringLiteral("status"),
-                           QStringLiteral("title"), QStringLiteral("validateStatus"), QStringLiteral("validateTitle"),
-                           QStringLiteral("insert"), QStringLiteral("remove"), QStringLiteral("move")}));
+    KR_CORE_EXPECT_LINES(
+        minimal->calls,
+        (QStringList{QStringLiteral("count"), QStringLiteral("identifier"), QStringLiteral("status"),
+                     QStringLiteral("title"), QStringLiteral("validateStatus"),
+                     QStringLiteral("validateTitle"), QStringLiteral("insert"), QStringLiteral("remove"),
+                     QStringLiteral("move")}));
 
     // The optional ones it lacks are not sent, and nothing is logged.
     EXPECT_FALSE(list->dataSourceRespondsTo(KRCheckListViewDataSourceMethod::checkListViewBeginGrouping));
     EXPECT_FALSE(list->dataSourceRespondsTo(KRCheckListViewDataSourceMethod::checkListViewEndGrouping));
-    EXPECT_FALSE(list->dataSourceRespondsTo(KRCheckListViewDataSourceMethod::checkListViewSetStatusForItemAtIndex));
-    EXPECT_FALSE(list->dataSourceRespondsTo(KRCheckListViewDataSourceMethod::checkListViewSetTitleForItemAtIndex));
+    EXPECT_FALSE(
+        list->dataSourceRespondsTo(KRCheckListViewDataSourceMethod::checkListViewSetStatusForItemAtIndex));
+    EXPECT_FALSE(
+        list->dataSourceRespondsTo(KRCheckListViewDataSourceMethod::checkListViewSetTitleForItemAtIndex));
     KRLogCapture capture;
     list->checkListViewBeginGrouping(list.get());
     list->checkListViewEndGrouping(list.get());
@@ -486,7 +502,8 @@ TEST_F(KRCheckListViewLifecycleTests, WithoutADataSourceEveryQueryAnswersZero) {
     EXPECT_EQ(list->checkListViewStatusForItemAtIndex(list.get(), 3), 0u);
     EXPECT_TRUE(list->checkListViewTitleForItemAtIndex(list.get(), 3).isNull());
     EXPECT_EQ(list->checkListViewValidateChangedStatusForItemAtIndex(list.get(), 2, 3), 0u);
-    EXPECT_TRUE(list->checkListViewValidateChangedTitleForItemAtIndex(list.get(), QStringLiteral("a"), 3).isNull());
+    EXPECT_TRUE(
+        list->checkListViewValidateChangedTitleForItemAtIndex(list.get(), QStringLiteral("a"), 3).isNull());
     list->checkListViewInsertItemsAtIndexes(list.get(), KRIndexSet(0));
     list->checkListViewRemoveItemsAtIndexes(list.get(), KRIndexSet(0));
     list->checkListViewMoveItemsAtIndexesToIndex(list.get(), KRIndexSet(0), 0);
@@ -502,17 +519,20 @@ TEST_F(KRCheckListViewLifecycleTests, ADataSourceThatIsGoneAnswersZero) {
     list->setDataSource(minimal);
     minimal.reset();
     EXPECT_EQ(list->dataSource(), nullptr);
-    EXPECT_TRUE(list->checkListViewValidateChangedTitleForItemAtIndex(list.get(), QStringLiteral("a"), 0).isNull());
+    EXPECT_TRUE(
+        list->checkListViewValidateChangedTitleForItemAtIndex(list.get(), QStringLiteral("a"), 0).isNull());
 }
 
 // Forwarders: deprecated methods
 // ------------------------------------------------------------------------------------------------------
 
-TEST_F(KRCheckListViewLifecycleTests, AnOnlyAnimatedDelegateHearsEveryInsertWithAnimatedNoAndAWarningPerCall) {
+TEST_F(KRCheckListViewLifecycleTests,
+       AnOnlyAnimatedDelegateHearsEveryInsertWithAnimatedNoAndAWarningPerCall) {
     auto list = makeList({QStringLiteral("Milk")});
     auto delegate = std::make_shared<AnimatedInsertDelegate>();
     list->setDelegate(delegate);
-    EXPECT_FALSE(list->delegateRespondsTo(KRCheckListViewDelegateMethod::checkListViewWillUpdateByInsertingItemsAtIndexes));
+    EXPECT_FALSE(list->delegateRespondsTo(
+        KRCheckListViewDelegateMethod::checkListViewWillUpdateByInsertingItemsAtIndexes));
 
     KRLogCapture capture;
     list->insertItemAtIndex(0);
@@ -525,11 +545,13 @@ TEST_F(KRCheckListViewLifecycleTests, AnOnlyAnimatedDelegateHearsEveryInsertWith
     EXPECT_EQ(delegate->calls[0].rowsAtThatMoment, 1u);
     EXPECT_EQ(delegate->calls[1].indexes, KRIndexSet(2));
     EXPECT_FALSE(delegate->calls[1].animated);
-    const QString warning = deprecatedDelegateWarning("checkListView:willUpdateByInsertingItemsAtIndexes:animated:");
-    EXPECT_LINES(capture.lines(), (QStringList{warning, warning}));
+    const QString warning =
+        deprecatedDelegateWarning("checkListView:willUpdateByInsertingItemsAtIndexes:animated:");
+    KR_CORE_EXPECT_LINES(capture.lines(), (QStringList{warning, warning}));
 }
 
-TEST_F(KRCheckListViewLifecycleTests, ADelegateWithBothFormsHearsTheNonAnimatedFirstThenTheWarnedAnimatedOne) {
+TEST_F(KRCheckListViewLifecycleTests,
+       ADelegateWithBothFormsHearsTheNonAnimatedFirstThenTheWarnedAnimatedOne) {
     auto list = makeList({QStringLiteral("a"), QStringLiteral("b"), QStringLiteral("c")});
     auto delegate = std::make_shared<RecordingDelegate>(log);
     list->setDelegate(delegate);
@@ -543,36 +565,38 @@ TEST_F(KRCheckListViewLifecycleTests, ADelegateWithBothFormsHearsTheNonAnimatedF
     list->removeItemAtIndex(2);
     list->insertItemAtIndex(1);
 
-    EXPECT_LINES(log->filtered(QStringLiteral("checkListView")).filter(QStringLiteral("UpdateBy")),
-              (QStringList{
-                  QStringLiteral("checkListViewWillUpdateByReloadingItemsAtIndexes [1]"),
-                  QStringLiteral("checkListViewWillUpdateByReloadingItemsAtIndexesAnimated [1] 0"),
-                  QStringLiteral("checkListViewDidUpdateByReloadingItemsAtIndexes [1]"),
-                  QStringLiteral("checkListViewDidUpdateByReloadingItemsAtIndexesAnimated [1] 0"),
-                  QStringLiteral("checkListViewWillUpdateByMovingItemsAtIndexesToIndex [0] 3"),
-                  QStringLiteral("checkListViewWillUpdateByMovingItemsAtIndexesToIndexAnimated [0] 3 0"),
-                  QStringLiteral("checkListViewDidUpdateByMovingItemsAtIndexesToIndex [0] 3"),
-                  QStringLiteral("checkListViewDidUpdateByMovingItemsAtIndexesToIndexAnimated [0] 3 0"),
-                  QStringLiteral("checkListViewWillUpdateByRemovingItemsAtIndexes [2]"),
-                  QStringLiteral("checkListViewWillUpdateByRemovingItemsAtIndexesAnimated [2] 0"),
-                  QStringLiteral("checkListViewDidUpdateByRemovingItemsAtIndexes [2]"),
-                  QStringLiteral("checkListViewDidUpdateByRemovingItemsAtIndexesAnimated [2] 0"),
-                  QStringLiteral("checkListViewWillUpdateByInsertingItemsAtIndexes [1]"),
-                  QStringLiteral("checkListViewWillUpdateByInsertingItemsAtIndexesAnimated [1] 0"),
-                  QStringLiteral("checkListViewDidUpdateByInsertingItemsAtIndexes [1]"),
-                  QStringLiteral("checkListViewDidUpdateByInsertingItemsAtIndexesAnimated [1] 0"),
-              }));
-    EXPECT_LINES(capture.lines(),
-              (QStringList{
-                  deprecatedDelegateWarning("checkListView:willUpdateByReloadingItemsAtIndexes:animated:"),
-                  deprecatedDelegateWarning("checkListView:didUpdateByReloadingItemsAtIndexes:animated:"),
-                  deprecatedDelegateWarning("checkListView:willUpdateByMovingItemsAtIndexes:toIndex:animated:"),
-                  deprecatedDelegateWarning("checkListView:didUpdateByMovingItemsAtIndexes:toIndex:animated:"),
-                  deprecatedDelegateWarning("checkListView:willUpdateByRemovingItemsAtIndexes:animated:"),
-                  deprecatedDelegateWarning("checkListView:didUpdateByRemovingItemsAtIndexes:animated:"),
-                  deprecatedDelegateWarning("checkListView:willUpdateByInsertingItemsAtIndexes:animated:"),
-                  deprecatedDelegateWarning("checkListView:didUpdateByInsertingItemsAtIndexes:animated:"),
-              }));
+    KR_CORE_EXPECT_LINES(
+        log->filtered(QStringLiteral("checkListView")).filter(QStringLiteral("UpdateBy")),
+        (QStringList{
+            QStringLiteral("checkListViewWillUpdateByReloadingItemsAtIndexes [1]"),
+            QStringLiteral("checkListViewWillUpdateByReloadingItemsAtIndexesAnimated [1] 0"),
+            QStringLiteral("checkListViewDidUpdateByReloadingItemsAtIndexes [1]"),
+            QStringLiteral("checkListViewDidUpdateByReloadingItemsAtIndexesAnimated [1] 0"),
+            QStringLiteral("checkListViewWillUpdateByMovingItemsAtIndexesToIndex [0] 3"),
+            QStringLiteral("checkListViewWillUpdateByMovingItemsAtIndexesToIndexAnimated [0] 3 0"),
+            QStringLiteral("checkListViewDidUpdateByMovingItemsAtIndexesToIndex [0] 3"),
+            QStringLiteral("checkListViewDidUpdateByMovingItemsAtIndexesToIndexAnimated [0] 3 0"),
+            QStringLiteral("checkListViewWillUpdateByRemovingItemsAtIndexes [2]"),
+            QStringLiteral("checkListViewWillUpdateByRemovingItemsAtIndexesAnimated [2] 0"),
+            QStringLiteral("checkListViewDidUpdateByRemovingItemsAtIndexes [2]"),
+            QStringLiteral("checkListViewDidUpdateByRemovingItemsAtIndexesAnimated [2] 0"),
+            QStringLiteral("checkListViewWillUpdateByInsertingItemsAtIndexes [1]"),
+            QStringLiteral("checkListViewWillUpdateByInsertingItemsAtIndexesAnimated [1] 0"),
+            QStringLiteral("checkListViewDidUpdateByInsertingItemsAtIndexes [1]"),
+            QStringLiteral("checkListViewDidUpdateByInsertingItemsAtIndexesAnimated [1] 0"),
+        }));
+    KR_CORE_EXPECT_LINES(
+        capture.lines(),
+        (QStringList{
+            deprecatedDelegateWarning("checkListView:willUpdateByReloadingItemsAtIndexes:animated:"),
+            deprecatedDelegateWarning("checkListView:didUpdateByReloadingItemsAtIndexes:animated:"),
+            deprecatedDelegateWarning("checkListView:willUpdateByMovingItemsAtIndexes:toIndex:animated:"),
+            deprecatedDelegateWarning("checkListView:didUpdateByMovingItemsAtIndexes:toIndex:animated:"),
+            deprecatedDelegateWarning("checkListView:willUpdateByRemovingItemsAtIndexes:animated:"),
+            deprecatedDelegateWarning("checkListView:didUpdateByRemovingItemsAtIndexes:animated:"),
+            deprecatedDelegateWarning("checkListView:willUpdateByInsertingItemsAtIndexes:animated:"),
+            deprecatedDelegateWarning("checkListView:didUpdateByInsertingItemsAtIndexes:animated:"),
+        }));
 }
 
 TEST_F(KRCheckListViewLifecycleTests, TheAnimatedForwardersWarnOnEveryCallOnlyForADelegateThatHasThem) {
@@ -596,23 +620,25 @@ TEST_F(KRCheckListViewLifecycleTests, TheDeprecatedStatusSetterIsWarnedOfEachTim
     list->setDataSource(withSetters);
     auto recorder = std::make_shared<RecordingDelegate>(log);
     list->setDelegate(recorder);
-    EXPECT_TRUE(list->dataSourceRespondsTo(KRCheckListViewDataSourceMethod::checkListViewSetStatusForItemAtIndex));
+    EXPECT_TRUE(
+        list->dataSourceRespondsTo(KRCheckListViewDataSourceMethod::checkListViewSetStatusForItemAtIndex));
     log->clear();
 
     KRLogCapture capture;
     list->setStatusForItemsAtIndexes(2, KRIndexSet{4, 1});
 
-    EXPECT_LINES(log->lines, (QStringList{
-                              QStringLiteral("checkListViewWillSetStatusForItemAtIndex 1"),
-                              QStringLiteral("checkListViewSetStatusForItemAtIndex 2 1"),
-                              QStringLiteral("checkListViewDidSetStatusForItemAtIndex 1"),
-                              QStringLiteral("checkListViewWillSetStatusForItemAtIndex 4"),
-                              QStringLiteral("checkListViewSetStatusForItemAtIndex 2 4"),
-                              QStringLiteral("checkListViewDidSetStatusForItemAtIndex 4"),
-                          }));
-    const QString warning = QStringLiteral("[WARNING] [KRCheckListViewDataSource checkListView:setStatus:"
-                                           "forItemAtIndex:] is deprecated, see documentation for more info.");
-    EXPECT_LINES(capture.lines(), (QStringList{warning, warning}));
+    KR_CORE_EXPECT_LINES(log->lines, (QStringList{
+                                         QStringLiteral("checkListViewWillSetStatusForItemAtIndex 1"),
+                                         QStringLiteral("checkListViewSetStatusForItemAtIndex 2 1"),
+                                         QStringLiteral("checkListViewDidSetStatusForItemAtIndex 1"),
+                                         QStringLiteral("checkListViewWillSetStatusForItemAtIndex 4"),
+                                         QStringLiteral("checkListViewSetStatusForItemAtIndex 2 4"),
+                                         QStringLiteral("checkListViewDidSetStatusForItemAtIndex 4"),
+                                     }));
+    const QString warning =
+        QStringLiteral("[WARNING] [KRCheckListViewDataSource checkListView:setStatus:"
+                       "forItemAtIndex:] is deprecated, see documentation for more info.");
+    KR_CORE_EXPECT_LINES(capture.lines(), (QStringList{warning, warning}));
     // The rows change only when the data source reports back.
     EXPECT_EQ(list->statusForItemAtIndex(1), 0u);
 }
@@ -627,12 +653,14 @@ TEST_F(KRCheckListViewLifecycleTests, TheDeprecatedTitleSetterIsWarnedOfAndCarri
 
     KRLogCapture capture;
     list->setTitleForItemAtIndex(QStringLiteral("Milk"), 0);
-    EXPECT_LINES(log->lines, (QStringList{QStringLiteral("checkListViewWillSetTitleForItemAtIndex 0"),
-                                       QStringLiteral("checkListViewSetTitleForItemAtIndex Milk 0"),
-                                       QStringLiteral("checkListViewDidSetTitleForItemAtIndex 0")}));
-    EXPECT_LINES(capture.lines(),
-              QStringList{QStringLiteral("[WARNING] [KRCheckListViewDataSource checkListView:setTitle:forItemAtIndex:] "
-                                         "is deprecated, see documentation for more info.")});
+    KR_CORE_EXPECT_LINES(log->lines,
+                         (QStringList{QStringLiteral("checkListViewWillSetTitleForItemAtIndex 0"),
+                                      QStringLiteral("checkListViewSetTitleForItemAtIndex Milk 0"),
+                                      QStringLiteral("checkListViewDidSetTitleForItemAtIndex 0")}));
+    KR_CORE_EXPECT_LINES(capture.lines(),
+                         QStringList{QStringLiteral(
+                             "[WARNING] [KRCheckListViewDataSource checkListView:setTitle:forItemAtIndex:] "
+                             "is deprecated, see documentation for more info.")});
     EXPECT_EQ(list->titleForItemAtIndex(0), QStringLiteral("a"));
 }
 
@@ -643,8 +671,9 @@ TEST_F(KRCheckListViewLifecycleTests, WithoutTheDeprecatedTitleSetterOnlyTheDele
     log->clear();
     KRLogCapture capture;
     list->setTitleForItemAtIndex(QStringLiteral("Milk"), 0);
-    EXPECT_LINES(log->lines, (QStringList{QStringLiteral("checkListViewWillSetTitleForItemAtIndex 0"),
-                                       QStringLiteral("checkListViewDidSetTitleForItemAtIndex 0")}));
+    KR_CORE_EXPECT_LINES(log->lines,
+                         (QStringList{QStringLiteral("checkListViewWillSetTitleForItemAtIndex 0"),
+                                      QStringLiteral("checkListViewDidSetTitleForItemAtIndex 0")}));
     EXPECT_TRUE(capture.lines().isEmpty());
 }
 
@@ -655,8 +684,8 @@ TEST_F(KRCheckListViewLifecycleTests, GroupingReachesADataSourceThatHasIt) {
     KRLogCapture capture;
     list->checkListViewBeginGrouping(list.get());
     list->checkListViewEndGrouping(list.get());
-    EXPECT_LINES(log->lines,
-              (QStringList{QStringLiteral("checkListViewBeginGrouping"), QStringLiteral("checkListViewEndGrouping")}));
+    KR_CORE_EXPECT_LINES(log->lines, (QStringList{QStringLiteral("checkListViewBeginGrouping"),
+                                                  QStringLiteral("checkListViewEndGrouping")}));
     EXPECT_TRUE(capture.lines().isEmpty());
 }
 
@@ -674,8 +703,10 @@ TEST_F(KRCheckListViewLifecycleTests, ARowsTitleChangeRefreshesPlaceholdersThenA
     log->onMessage = [&](const QString&) { thirdPlaceholderWhenAsked = third->placeholder(); };
     log->clear();
 
-    EXPECT_EQ(list->checkListItemViewValidateChangedTitle(third, QStringLiteral("cake")), QStringLiteral("CAKE"));
-    EXPECT_LINES(log->lines, QStringList{QStringLiteral("checkListViewValidateChangedTitleForItemAtIndex cake 2")});
+    EXPECT_EQ(list->checkListItemViewValidateChangedTitle(third, QStringLiteral("cake")),
+              QStringLiteral("CAKE"));
+    KR_CORE_EXPECT_LINES(
+        log->lines, QStringList{QStringLiteral("checkListViewValidateChangedTitleForItemAtIndex cake 2")});
     EXPECT_EQ(thirdPlaceholderWhenAsked, QStringLiteral(""));
     EXPECT_EQ(first->placeholder(), QStringLiteral("Add an item"));
 }
@@ -686,7 +717,8 @@ TEST_F(KRCheckListViewLifecycleTests, ARowsStatusProposalIsAnsweredByTheDataSour
     log->clear();
     KRCheckListItemView* second = list->checkListViewItemViewForItemAtIndex(1);
     EXPECT_EQ(list->checkListItemViewValidateChangedStatus(second, 1), 5u);
-    EXPECT_LINES(log->lines, QStringList{QStringLiteral("checkListViewValidateChangedStatusForItemAtIndex 1 1")});
+    KR_CORE_EXPECT_LINES(log->lines,
+                         QStringList{QStringLiteral("checkListViewValidateChangedStatusForItemAtIndex 1 1")});
 }
 
 TEST_F(KRCheckListViewLifecycleTests, AClickOnACheckBoxShowsTheStatusTheDataSourceKeeps) {
@@ -703,9 +735,10 @@ TEST_F(KRCheckListViewLifecycleTests, AClickOnACheckBoxShowsTheStatusTheDataSour
 TEST_F(KRCheckListViewLifecycleTests, TheListsFieldEditorEditsEveryTitle) {
     auto list = makeList({QStringLiteral("a")});
     KRCheckListItemView* row = list->checkListViewItemViewForItemAtIndex(0);
-    EXPECT_EQ(list->checkListItemViewFieldEditorForView(row, row->titleTextField().get()), list->fieldEditor());
-    EXPECT_EQ(row->titleTextField()->checkListItemTitleTextFieldFieldEditorForView(row->titleTextField().get(),
-                                                                                    row->titleTextField().get()),
+    EXPECT_EQ(list->checkListItemViewFieldEditorForView(row, row->titleTextField().get()),
+              list->fieldEditor());
+    EXPECT_EQ(row->titleTextField()->checkListItemTitleTextFieldFieldEditorForView(
+                  row->titleTextField().get(), row->titleTextField().get()),
               list->fieldEditor());
 }
 
@@ -724,7 +757,7 @@ TEST_F(KRCheckListViewLifecycleTests, ARowThatGrowsIsLaidOutAtOnceOutsideAnyAnim
 
     EXPECT_GT(second->frame().origin.y, secondY);
     EXPECT_FALSE(second->hasRunningAnimations());
-    EXPECT_LINES(log->lines, QStringList{QStringLiteral("checkListViewDidChangeSizeThatFits")});
+    KR_CORE_EXPECT_LINES(log->lines, QStringList{QStringLiteral("checkListViewDidChangeSizeThatFits")});
 }
 
 TEST_F(KRCheckListViewLifecycleTests, AHighlightChangeRedrawsTheDividers) {
