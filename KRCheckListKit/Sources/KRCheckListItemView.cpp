@@ -614,6 +614,10 @@ void KRCheckListItemView::update() {
     m_shapeView->setShadowOpacity(drawsShadow ? shapeShadowOpacityWhileDragged : 0.0);
 
     KRButtonView& checkBox = *m_checkBoxButtonView;
+    if (checkBox.image() != looks.checkBoxImage) {
+        // The check box's natural size comes from its image: the next size is measured afresh.
+        m_sizeThatFitsCache.valid = false;
+    }
     checkBox.beginUpdates();
     checkBox.setImage(looks.checkBoxImage);
     checkBox.setPressedImage(
@@ -707,7 +711,20 @@ void KRCheckListItemView::layoutSubviews() {
 }
 
 KRSize KRCheckListItemView::sizeThatFits(KRSize size) const {
-    return checkListItemViewLayoutForSize(size).sizeThatFits;
+    // While the title is edited its editor measures it; nothing is kept then.
+    const KRTextFieldCell* titleCell = m_titleTextField->cell();
+    if (!titleCell || titleCell->currentEditor()) {
+        m_sizeThatFitsCache.valid = false;
+        return checkListItemViewLayoutForSize(size).sizeThatFits;
+    }
+    SizeThatFitsCache& cache = m_sizeThatFitsCache;
+    const std::uint32_t titleSizeGeneration = titleCell->sizeGeneration();
+    if (cache.valid && cache.width == size.width && cache.titleSizeGeneration == titleSizeGeneration) {
+        return KRSize{cache.width, cache.height};
+    }
+    const KRSize fitting = checkListItemViewLayoutForSize(size).sizeThatFits;
+    cache = SizeThatFitsCache{size.width, fitting.height, titleSizeGeneration, fitting.width == size.width};
+    return fitting;
 }
 
 // Forwarders

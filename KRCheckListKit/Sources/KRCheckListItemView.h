@@ -126,6 +126,11 @@ public:
     bool isHighlighted() const { return m_highlighted; }
     void setHighlighted(bool highlighted);
 
+    // The identifier of the item the row shows (given by the list). objectValue() answers it, and
+    // setObjectValue() sets it: the row keeps no separate value.
+    const QJsonValue& itemIdentifier() const { return m_itemIdentifier; }
+    void setItemIdentifier(const QJsonValue& itemIdentifier) { m_itemIdentifier = itemIdentifier; }
+
     KRCheckListItemViewDelegate* delegate() const { return m_delegate.get(); }
     // The delegate is dropped once lifetimeOwner is destroyed.
     void setDelegate(KRCheckListItemViewDelegate* delegate, const KRObject* lifetimeOwner);
@@ -174,6 +179,10 @@ public:
     // Layout ---------------------------------------------------------------------------------------------
     KRCheckListItemViewLayout checkListItemViewLayoutForSize(KRSize size) const;
     void layoutSubviews() override;
+    // The fitting size of the layout for size. The last answer is kept and given again for the same width
+    // while the title field measures the same (its cell's size generation: text, attributes, font, line
+    // breaking, border) and the check box image stays the same, and not while the title is edited. A list
+    // asks every row on every layout pass, and most rows have not changed.
     KRSize sizeThatFits(KRSize size) const override;
 
     // Forwarders to the delegate, with the documented answer when there is none ---------------------------
@@ -205,6 +214,8 @@ public:
     void checkListItemViewHandleTextChangeForTitleTextField(KRCheckListItemTitleTextField* titleTextField);
 
     // KRObject / KRView / KRResponder --------------------------------------------------------------------
+    QJsonValue objectValue() const override { return m_itemIdentifier; }
+    void setObjectValue(const QJsonValue& value) override { m_itemIdentifier = value; }
     void observeValueForKeyPath(const char* keyPath, KRObject* object, const KRKeyValueChange& change,
                                 const void* context) override;
     bool tryToPerform(const KRSelector& action, KRObject* sender) override;
@@ -273,10 +284,19 @@ private:
     std::shared_ptr<KRView> m_bottomDividerView;
     std::shared_ptr<KRTrackingArea> m_textTrackingArea;
     KRWeakDelegate<KRCheckListItemViewDelegate> m_delegate;
+    QJsonValue m_itemIdentifier;
     std::shared_ptr<const KRTextAttributes> m_titleAttributes;
     std::shared_ptr<const KRTextAttributes> m_placeholderAttributes;
     KRSize m_sizeThatFitsAfterLastUpdate;
     KRSize m_sizeThatFitsAfterLastLayout;
+    // The last answer of sizeThatFits, with what it was computed for.
+    struct SizeThatFitsCache {
+        double width = 0.0;
+        double height = 0.0;
+        std::uint32_t titleSizeGeneration = 0;
+        bool valid = false;
+    };
+    mutable SizeThatFitsCache m_sizeThatFitsCache;
     KRUInteger m_status = 0;
     double m_minHeight = 0.0;
     KRInteger m_updateCount = 0;

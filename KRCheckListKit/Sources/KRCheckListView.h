@@ -17,6 +17,7 @@
 #include <QVariantMap>
 
 #include <memory>
+#include <optional>
 #include <vector>
 
 class KRCheckListDropPlaceholderContentView;
@@ -168,10 +169,24 @@ public:
     void deselectAllItems();
 
     // Editing --------------------------------------------------------------------------------------------
+    // Edits the last item with the caret at its end, if nothing is edited and there are items.
+    void beginEditing();
     void beginEditingItemAtIndexSelectRange(KRUInteger index, KRRange range);
+    // Tracks insertionPoint (screen coordinates) and puts the caret of the item nearest to it.
+    void beginEditingItemAtIndexInsertionPoint(KRUInteger index, KRPoint insertionPoint);
     void beginEditingItemAtIndexSelectRangeUseTrackedInsertionPointInFirstLineInLastLine(
         KRUInteger index, KRRange range, bool useTrackedInsertionPoint, bool inFirstLine, bool inLastLine);
     void endEditing();
+
+    // Focus ----------------------------------------------------------------------------------------------
+    // Both answer true. Becoming gains the focus (and edits the last item when nothing is selected);
+    // resigning loses it and ends editing, except while the list is gaining focus or beginning an edit.
+    bool acceptsFirstResponder() const override;
+    bool becomeFirstResponder() override;
+    bool resignFirstResponder() override;
+    // The did-messages of both follow on the next turn of the run loop.
+    void checkListViewGainFocus();
+    void checkListViewLoseFocus();
 
     // Layout and geometry --------------------------------------------------------------------------------
     KRCheckListViewLayout checkListViewLayoutForSize(KRSize size) const;
@@ -272,6 +287,9 @@ public:
     void checkListItemViewDidChangeSizeThatFits(KRCheckListItemView* itemView) override;
     void checkListItemViewDidEndEditingTitle(KRCheckListItemView* itemView) override;
     void checkListItemViewDidChangeHighlighted(KRCheckListItemView* itemView) override;
+    // The list's shared field editor edits every title.
+    std::shared_ptr<KRTextView> checkListItemViewFieldEditorForView(KRCheckListItemView* itemView,
+                                                                    KRView* view) override;
 
     // KRCheckListFieldEditorDelegate ---------------------------------------------------------------------
     bool checkListFieldEditorMouseDown(KRCheckListFieldEditor* fieldEditor, const KREvent& event) override;
@@ -304,6 +322,16 @@ private:
     void checkListViewBeginObservingNotifications();
     void checkListViewEndObservingNotifications();
     void checkListItemViewRegisterForDraggedTypes();
+
+    // The indexes the divider pass leaves out while a drag runs (empty at rest).
+    KRIndexSet checkListViewIndexesOfDraggedItems() const;
+    // The selection in the editor of the edited item's title, {0, 0} when nothing is edited.
+    KRRange
+    checkListViewSelectedRangeOfTitleTextField(const KRCheckListItemTitleTextField* titleTextField) const;
+    // A new row showing item index as the data source reports it (identifier, status and title asked in
+    // that order), configured inside one update of the row; reloadItems also gives it a minimum height.
+    std::shared_ptr<KRCheckListItemView>
+    checkListViewMakeItemViewForItemAtIndex(KRUInteger index, std::optional<double> minHeight);
 
     std::weak_ptr<KRCheckListViewDataSource> m_dataSource;
     KRClientMethods m_dataSourceMethods;

@@ -47,6 +47,7 @@ void KRTextFieldCell::setPlaceholderAttributedString(const KRAttributedString& p
 
 void KRTextFieldCell::valueDidChange() {
     m_sizeCache = {};
+    ++m_sizeGeneration;
 }
 
 // Looks

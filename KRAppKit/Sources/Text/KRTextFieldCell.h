@@ -100,6 +100,10 @@ public:
     // The editor attached by this cell, while it is attached.
     KRTextView* currentEditor() const;
 
+    // Changes whenever the cell's measured size may change (its value, font or line breaking), exactly when
+    // the cell forgets its own measurements; owners that keep a size of their own compare it.
+    std::uint32_t sizeGeneration() const { return m_sizeGeneration; }
+
 private:
     void attachEditor(KRRect frame, KRView* controlView, const std::shared_ptr<KRTextView>& editor,
                       KRTextField* delegate);
@@ -124,6 +128,7 @@ private:
     mutable std::array<CachedSize, 2> m_sizeCache;
     mutable std::uint8_t m_nextCacheSlot = 0;
     int m_lineBreakMode = KRLineBreakByWordWrapping;
+    std::uint32_t m_sizeGeneration = 0;
     bool m_drawsBackground = false;
     bool m_bordered = false;
     bool m_editable = true;

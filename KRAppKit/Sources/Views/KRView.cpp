@@ -742,6 +742,27 @@ bool KRView::canBecomeKeyView() const {
     return acceptsFirstResponder() && !isHiddenOrHasHiddenAncestor();
 }
 
+// Dragging destination ----------------------------------------------------------------------------------
+
+void KRView::registerForDraggedTypes(const QStringList& types) {
+    if (!m_extras && types.isEmpty()) {
+        return;
+    }
+    QStringList& registered = mutableExtras().registeredDraggedTypes;
+    for (const QString& type : types) {
+        if (!registered.contains(type)) {
+            registered.append(type);
+        }
+    }
+}
+
+void KRView::unregisterDraggedTypes() {
+    if (!m_extras) {
+        return;
+    }
+    m_extras->registeredDraggedTypes.clear();
+}
+
 // Animation ----------------------------------------------------------------------------------------------
 
 void KRView::performAnimated(bool animated, const std::function<void(EZAnimationContext&)>& animations,

@@ -10,6 +10,7 @@
 #include <QColor>
 #include <QJsonValue>
 #include <QString>
+#include <QStringList>
 
 #include <functional>
 #include <memory>
@@ -162,6 +163,13 @@ public:
     KRView* nextKeyView() const { return identity().nextKeyView.get(); }
     void setNextKeyView(KRView* view);
 
+    // Dragging destination -------------------------------------------------------------------------------
+    // The pasteboard types the view accepts as a drag destination, in the order first registered.
+    // Registering adds to the types already registered; a type is kept once.
+    void registerForDraggedTypes(const QStringList& types);
+    const QStringList& registeredDraggedTypes() const { return extras().registeredDraggedTypes; }
+    void unregisterDraggedTypes();
+
     // Animation ------------------------------------------------------------------------------------------
     // Changes made by animations animate when animated is true, along the curve the block sets on the
     // context. completion runs once all animations started by the block have ended (at once if none).
@@ -207,6 +215,7 @@ private:
         QJsonValue objectValue;
         KRWeak<KRResponder> nextResponder;
         KRWeak<KRView> nextKeyView;
+        QStringList registeredDraggedTypes;
         int tag = 0;
     };
     static const Looks& defaultLooks();

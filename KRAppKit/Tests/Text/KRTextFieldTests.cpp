@@ -312,6 +312,23 @@ TEST_F(KRTextFieldTest, MeasuresWrappedTextAndKeepsTheAnswerUntilTheValueChanges
               kLineHeight + 2 * KRDefaults::textFieldBorderedTextInset());
 }
 
+TEST_F(KRTextFieldTest, TheCellsSizeGenerationChangesWhenItsMeasurementsMayChange) {
+    KRTextFieldCell* cell = field->cell();
+    field->setAttributedStringValue(KRAttributedString(QStringLiteral("Short"), fixedAttributes()));
+    std::uint32_t generation = cell->sizeGeneration();
+    field->setAttributedStringValue(KRAttributedString(QStringLiteral("Short"), fixedAttributes()));
+    field->setTextColor(QColor(Qt::red));
+    EXPECT_EQ(cell->sizeGeneration(), generation) << "an equal value and a colour change nothing measured";
+    field->setStringValue(QStringLiteral("Longer"));
+    EXPECT_NE(cell->sizeGeneration(), generation);
+    generation = cell->sizeGeneration();
+    field->setFont(testFont());
+    EXPECT_NE(cell->sizeGeneration(), generation);
+    generation = cell->sizeGeneration();
+    field->setLineBreakMode(KRLineBreakByClipping);
+    EXPECT_NE(cell->sizeGeneration(), generation);
+}
+
 TEST_F(KRTextFieldTest, MeasuresWhatIsBeingTypedWhileEditing) {
     field->setAttributedStringValue(KRAttributedString(QStringLiteral("Short"), fixedAttributes()));
     field->setFrame(KRRectMake(20, 20, 120, 18));

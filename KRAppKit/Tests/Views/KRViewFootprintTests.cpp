@@ -85,6 +85,8 @@ void writeDefaults(KRView& view) {
     view.setScale(1.0);
     view.setNextResponder(nullptr);
     view.setNextKeyView(nullptr);
+    view.registerForDraggedTypes(QStringList());
+    view.unregisterDraggedTypes();
 }
 
 void expectDefaults(const KRView& view) {
@@ -105,6 +107,7 @@ void expectDefaults(const KRView& view) {
     EXPECT_DOUBLE_EQ(view.presentationScale(), 1.0);
     EXPECT_EQ(view.nextResponder(), nullptr);
     EXPECT_EQ(view.nextKeyView(), nullptr);
+    EXPECT_TRUE(view.registeredDraggedTypes().isEmpty());
 }
 
 TEST(KRViewFootprintTest, ViewStaysWithinItsSizeBudget) {

@@ -437,4 +437,16 @@ TEST_F(KRViewTest, FrameObserversAreTold) {
     EXPECT_EQ(observer.frames.back(), KRRectMake(1, 2, 3, 4));
 }
 
+TEST_F(KRViewTest, DraggedTypesAddUpOnceEachInTheOrderFirstRegistered) {
+    KRView view;
+    EXPECT_TRUE(view.registeredDraggedTypes().isEmpty());
+    view.registerForDraggedTypes({QStringLiteral("public.text"), QStringLiteral("org.example.items")});
+    view.registerForDraggedTypes({QStringLiteral("org.example.items"), QStringLiteral("public.url")});
+    EXPECT_EQ(view.registeredDraggedTypes(), (QStringList{QStringLiteral("public.text"),
+                                                          QStringLiteral("org.example.items"),
+                                                          QStringLiteral("public.url")}));
+    view.unregisterDraggedTypes();
+    EXPECT_TRUE(view.registeredDraggedTypes().isEmpty());
+}
+
 } // namespace

@@ -1,0 +1,5 @@
+#include "KRCheckListDropPlaceholderContentView.h"
+
+KRCheckListDropPlaceholderContentView::KRCheckListDropPlaceholderContentView(KRRect frame) : KRView(frame) {}
+
+KRCheckListDropPlaceholderContentView::~KRCheckListDropPlaceholderContentView() = default;

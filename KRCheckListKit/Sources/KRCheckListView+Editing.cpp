@@ -1,0 +1,226 @@
+// KRCheckListView: editing a title in place through the list's field editor, the list's focus as far as
+// editing needs it, and the placeholder rule (Part 3.2). Clicks, keys and editing at a point come later.
+#include "KRCheckListView.h"
+
+#include "Foundation/KRAssertionHandler.h"
+#include "Foundation/KRRunLoop.h"
+#include "Views/KRWindow.h"
+
+#include <algorithm>
+
+#define KR_CHECKLIST_VIEW_ASSERT(condition, method, message)                                                 \
+    KRAssert((condition), QStringLiteral(method), this, QStringLiteral("KRCheckListView"), __LINE__,         \
+             QStringLiteral(message))
+
+// Beginning and ending an edit
+// ------------------------------------------------------------------------------------------------------
+
+void KRCheckListView::beginEditing() {
+    if (m_indexForEditedItem == KRNotFound && numberOfItems() > 0) {
+        beginEditingItemAtIndexSelectRange(numberOfItems() - 1, KRRange{KRUIntegerMax, 0});
+    }
+}
+
+void KRCheckListView::beginEditingItemAtIndexSelectRange(KRUInteger index, KRRange range) {
+    beginEditingItemAtIndexSelectRangeUseTrackedInsertionPointInFirstLineInLastLine(index, range, false,
+                                                                                    false, false);
+}
+
+void KRCheckListView::beginEditingItemAtIndexInsertionPoint(KRUInteger index, KRPoint insertionPoint) {
+    m_insertionPointRectOnScreen = KRRect{insertionPoint, KRSizeZero};
+    beginEditingItemAtIndexSelectRangeUseTrackedInsertionPointInFirstLineInLastLine(index, KRRange{0, 0},
+                                                                                    true, false, false);
+}
+
+void KRCheckListView::beginEditingItemAtIndexSelectRangeUseTrackedInsertionPointInFirstLineInLastLine(
+    KRUInteger index, KRRange range, bool useTrackedInsertionPoint, bool inFirstLine, bool inLastLine) {
+    m_beginningEditing = true;
+    if (m_indexForEditedItem != KRNotFound) {
+        endEditing();
+    }
+    if (!m_indexesForSelectedItems.isEmpty()) {
+        deselectAllItems();
+    }
+
+    checkListViewWillBeginEditingItemAtIndex(this, index);
+
+    // Taking first responder puts the field editor (the list's own, through the row) over the title.
+    KRCheckListItemView& itemView = *m_checkListItemViews.at(index);
+    itemView.setEdited(true);
+    KRCheckListItemTitleTextField& titleTextField = *itemView.titleTextField();
+    titleTextField.setEditable(true);
+    if (KRWindow* window = this->window()) {
+        window->makeFirstResponder(&titleTextField);
+    }
+    KRTextView* editor = titleTextField.currentEditor();
+    if (!editor) {
+        editor = m_fieldEditor.get();
+    }
+
+    // The requested range, clamped to the title.
+    const KRUInteger length = static_cast<KRUInteger>(titleTextField.stringValue().size());
+    KRUInteger location = std::min(length, range.location);
+    KRUInteger selectionLength = range.length > length - location ? length - location : range.length;
+
+    // Entering the last line: the location counts from the start of the title's last line.
+    if (inLastLine && length >= 2) {
+        KRRange lastLine{0, 0};
+        editor->lineFragmentRectForCharacterAtIndex(length - 1, &lastLine);
+        location += lastLine.location;
+        selectionLength = std::min(selectionLength, lastLine.length);
+    }
+
+    // A tracked caret position wins over the range: the caret keeps its x from row to row.
+    if (useTrackedInsertionPoint && !KRRectIsNull(m_insertionPointRectOnScreen)) {
+        selectionLength = 0;
+        const KRRect tracked = editor->convertRectFromScreen(m_insertionPointRectOnScreen);
+        const KRRect trackedInBounds = KRRectIntersection(editor->bounds(), tracked);
+        const KRRect firstLine =
+            editor->convertRectFromScreen(editor->firstRectForCharacterRange(KRRange{0, 0}, nullptr));
+        const KRRect lastLine = editor->convertRectFromScreen(
+            editor->firstRectForCharacterRange(KRRange{length > 0 ? length - 1 : 0, 0}, nullptr));
+        const KRUInteger indexInFirstLine = editor->characterIndexForInsertionAtPoint(
+            KRPoint{tracked.origin.x, firstLine.origin.y + firstLine.size.height * 0.5});
+        // The nudge of 2 points on the last line only is deliberate.
+        const KRUInteger indexInLastLine = editor->characterIndexForInsertionAtPoint(
+            KRPoint{tracked.origin.x + 2.0, lastLine.origin.y + lastLine.size.height * 0.5});
+        const KRUInteger indexHere = editor->characterIndexForInsertionAtPoint(
+            KRPoint{trackedInBounds.origin.x, trackedInBounds.origin.y + trackedInBounds.size.height * 0.5});
+        location = inLastLine ? indexInLastLine : (inFirstLine ? indexInFirstLine : indexHere);
+    }
+
+    editor->setSelectedRangeAffinityStillSelecting(
+        KRRange{location, selectionLength},
+        inLastLine ? KRTextView::SelectionAffinityDownstream : KRTextView::SelectionAffinityUpstream, false);
+
+    m_pivotIndex = static_cast<KRInteger>(index);
+    m_indexForEditedItem = index;
+    checkListViewUpdateDividers();
+    checkListViewDidBeginEditingItemAtIndex(this, index);
+    m_beginningEditing = false;
+}
+
+// Ending an edit writes nothing to the data source: every change of the title has been validated as it
+// was typed.
+void KRCheckListView::endEditing() {
+    const KRUInteger index = m_indexForEditedItem;
+    if (index == KRNotFound) {
+        return;
+    }
+    m_endingEditing = true;
+
+    KRCheckListItemView& itemView = *m_checkListItemViews.at(index);
+    KRCheckListItemTitleTextField& titleTextField = *itemView.titleTextField();
+    if (KRTextFieldCell* cell = titleTextField.cell()) {
+        cell->endEditing(titleTextField.currentEditor());
+        cell->setPlaceholderString(QStringLiteral(""));
+        titleTextField.setNeedsDisplay();
+    }
+    titleTextField.setEditable(false);
+    if (KRWindow* window = this->window()) {
+        window->makeFirstResponder(this);
+    }
+
+    checkListViewWillEndEditingItemAtIndex(this, index);
+    itemView.setEdited(false);
+    m_indexForEditedItem = KRNotFound;
+    checkListViewDidEndEditingItemAtIndex(this, index);
+    m_endingEditing = false;
+}
+
+// The title field finished editing on its own (the focus went elsewhere): the edit ends and the list
+// loses the focus, unless the list itself is the cause.
+void KRCheckListView::checkListItemViewDidEndEditingTitle(KRCheckListItemView*) {
+    if (m_reloading || m_selecting || m_endingEditing || m_becomingFirstResponder) {
+        return;
+    }
+    endEditing();
+    checkListViewLoseFocus();
+}
+
+bool KRCheckListView::checkListFieldEditorMouseDown(KRCheckListFieldEditor*, const KREvent&) {
+    // A click in the editor places the caret itself; the tracked position is forgotten.
+    m_insertionPointRectOnScreen = KRRectNull;
+    return false;
+}
+
+// Placeholder
+// ------------------------------------------------------------------------------------------------------
+
+// Only the first row can show a placeholder, its own, and only while its title is empty. Rows that show
+// none already are left alone.
+void KRCheckListView::checkListViewUpdatePlaceholderForEachItemView() {
+    const std::size_t count = m_checkListItemViews.size();
+    for (std::size_t index = 0; index < count; ++index) {
+        KRCheckListItemView& itemView = *m_checkListItemViews[index];
+        if (index == 0 && itemView.title().isEmpty()) {
+            itemView.setPlaceholder(itemView.placeholder());
+            continue;
+        }
+        // Read in place: the row's placeholder() answers a copy.
+        const KRTextFieldCell* titleCell = itemView.titleTextField()->cell();
+        if (titleCell && !titleCell->placeholderAttributedString().string().isEmpty()) {
+            itemView.setPlaceholder(QStringLiteral(""));
+        }
+    }
+}
+
+// Focus
+// ------------------------------------------------------------------------------------------------------
+
+bool KRCheckListView::acceptsFirstResponder() const {
+    return true;
+}
+
+bool KRCheckListView::becomeFirstResponder() {
+    m_becomingFirstResponder = true;
+    if (!m_hasFocus && !m_losingFocus) {
+        checkListViewGainFocus();
+        if (m_indexesForSelectedItems.isEmpty()) {
+            beginEditing();
+        }
+    }
+    m_becomingFirstResponder = false;
+    return true;
+}
+
+// Ignored while a title field takes first responder for an edit, and during the turn after gaining focus.
+bool KRCheckListView::resignFirstResponder() {
+    if (m_hasFocus && !m_gainingFocus && !m_beginningEditing) {
+        checkListViewLoseFocus();
+        endEditing();
+    }
+    return true;
+}
+
+void KRCheckListView::checkListViewGainFocus() {
+    KR_CHECKLIST_VIEW_ASSERT(
+        !m_hasFocus, "checkListViewGainFocus",
+        "Check list view can't gain focus because it already has focus, internal inconsistency");
+    checkListViewWillGainFocus(this);
+    m_hasFocus = true;
+    m_insertionPointRectOnScreen = KRRectNull;
+    const KRWeak<KRCheckListView> weakSelf(this);
+    KRRunLoop::main().performAfterDelay(0.0, [weakSelf] {
+        if (KRCheckListView* checkListView = weakSelf.get()) {
+            checkListView->checkListViewDidGainFocus(checkListView);
+        }
+    });
+}
+
+void KRCheckListView::checkListViewLoseFocus() {
+    KR_CHECKLIST_VIEW_ASSERT(
+        m_hasFocus, "checkListViewLoseFocus",
+        "Check list view can't lose focus because it doesn't have focus in the first place, "
+        "internal inconsistency");
+    checkListViewWillLoseFocus(this);
+    m_hasFocus = false;
+    deselectAllItems();
+    m_insertionPointRectOnScreen = KRRectNull;
+    const KRWeak<KRCheckListView> weakSelf(this);
+    KRRunLoop::main().performAfterDelay(0.0, [weakSelf] {
+        if (KRCheckListView* checkListView = weakSelf.get()) {
+            checkListView->checkListViewDidLoseFocus(checkListView);
+        }
+    });
+}

@@ -1,0 +1,350 @@
+// KRCheckListView: reloading the rows from the data source, and the update transactions through which the
+// data source reports each change it made (Part 1.3).
+//
+// The row array and the identifier dictionary are never seen half changed: while the data source is asked
+// about the rows being built, and while the delegate hears about the change, they hold either the old or the
+// new rows. The new rows are built first (that is when the data source is asked); the collections are then
+// changed in one step that calls out to nobody, so they need not be copied whole for every update.
+#include "KRCheckListView.h"
+
+#include "Foundation/KRAssertionHandler.h"
+
+#include <algorithm>
+#include <iterator>
+#include <limits>
+#include <stdexcept>
+
+#define KR_CHECKLIST_VIEW_ASSERT(condition, method, message)                                                 \
+    KRAssert((condition), QStringLiteral(method), this, QStringLiteral("KRCheckListView"), __LINE__,         \
+             QStringLiteral(message))
+
+// Reload
+// ------------------------------------------------------------------------------------------------------
+
+void KRCheckListView::reloadItems() {
+    checkListViewWillReloadItems(this);
+    m_reloading = true;
+
+    // The edit is dropped without endEditing (no end-editing messages); it begins again by index below.
+    const KRUInteger editedIndex = m_indexForEditedItem;
+    KRRange selectedRange{0, 0};
+    if (editedIndex != KRNotFound) {
+        selectedRange = m_fieldEditor->selectedRange();
+        m_indexForEditedItem = KRNotFound;
+    }
+
+    const KRCheckListItemViews oldItemViews = m_checkListItemViews;
+
+    m_dummyCheckListItemView->setTitle(QStringLiteral("Aq"));
+    constexpr double largest = std::numeric_limits<double>::max();
+    const double minHeight = m_dummyCheckListItemView->sizeThatFits(KRSize{largest, largest}).height;
+
+    for (const std::shared_ptr<KRCheckListItemView>& itemView : oldItemViews) {
+        itemView->removeFromSuperview();
+        setNeedsLayout(true);
+    }
+
+    const KRUInteger count = checkListViewNumberOfItems(this);
+    KRCheckListItemViews itemViews;
+    itemViews.reserve(count);
+    KRCheckListItemViewsByIdentifier itemViewsByIdentifier;
+    itemViewsByIdentifier.reserve(static_cast<qsizetype>(count));
+    for (KRUInteger index = 0; index < count; ++index) {
+        std::shared_ptr<KRCheckListItemView> itemView =
+            checkListViewMakeItemViewForItemAtIndex(index, minHeight);
+        // A later item with an equal identifier takes the entry; both rows stay in the array.
+        itemViewsByIdentifier.insert(itemView->itemIdentifier(), itemView);
+        itemViews.push_back(std::move(itemView));
+    }
+    for (const std::shared_ptr<KRCheckListItemView>& itemView : itemViews) {
+        addSubview(itemView);
+        setNeedsLayout(true);
+    }
+    m_checkListItemViews = std::move(itemViews);
+    m_checkListItemViewsByIdentifier = std::move(itemViewsByIdentifier);
+
+    checkListViewUpdatePlaceholderForEachItemView();
+    layoutIfNeeded();
+    checkListViewDidReloadItems(this);
+    m_reloading = false;
+
+    // The edit follows the index, clamped to the last row.
+    if (editedIndex != KRNotFound && count > 0) {
+        beginEditingItemAtIndexSelectRange(std::min(count - 1, editedIndex), selectedRange);
+    }
+}
+
+// Transactions
+// ------------------------------------------------------------------------------------------------------
+
+void KRCheckListView::beginUpdates() {
+    KR_CHECKLIST_VIEW_ASSERT(!m_updating, "beginUpdates",
+                             "Can't begin updates, an update is already in progress");
+    m_updating = true;
+    checkListViewWillBeginUpdates(this);
+}
+
+void KRCheckListView::endUpdates() {
+    KR_CHECKLIST_VIEW_ASSERT(m_updating, "endUpdates", "Can't end updates, no upgrade in progress");
+    checkListViewUpdatePlaceholderForEachItemView();
+    layoutIfNeeded();
+    m_updating = false;
+    checkListViewDidEndUpdates(this);
+}
+
+KRRange KRCheckListView::checkListViewSelectedRangeOfTitleTextField(
+    const KRCheckListItemTitleTextField* titleTextField) const {
+    if (titleTextField) {
+        if (const KRTextView* editor = titleTextField->currentEditor()) {
+            return editor->selectedRange();
+        }
+    }
+    return KRRange{0, 0};
+}
+
+// Reloading given items
+// ------------------------------------------------------------------------------------------------------
+
+void KRCheckListView::updateByReloadingItemsAtIndexes(const KRIndexSet& indexSet) {
+    // A copy: the set passed in may be one of the list's own, which the messages below can replace.
+    const KRIndexSet indexes = indexSet;
+    KR_CHECKLIST_VIEW_ASSERT(m_updating, "updateByReloadingItemsAtIndexes:",
+                             "Can't update by reloading items, no update in progress");
+    const KRUInteger editedIndex = m_indexForEditedItem;
+    const KRIndexSet selectedIndexes = m_indexesForSelectedItems;
+    KRRange selectedRange{0, 0};
+    if (editedIndex != KRNotFound) {
+        selectedRange =
+            checkListViewSelectedRangeOfTitleTextField(checkListViewTitleTextFieldForIndex(editedIndex));
+    }
+
+    checkListViewWillUpdateByReloadingItemsAtIndexes(this, indexes);
+
+    // The rows are kept; a reloaded item keeps its identifier, so the dictionary stays as it is.
+    for (const KRUInteger index : indexes) {
+        KRCheckListItemView& itemView = *m_checkListItemViews.at(index);
+        const QJsonValue identifier = checkListViewIdentifierForItemAtIndex(this, index);
+        const KRUInteger status = checkListViewStatusForItemAtIndex(this, index);
+        const QString title = checkListViewTitleForItemAtIndex(this, index);
+        itemView.setBackgroundColor(backgroundColor());
+        itemView.setItemIdentifier(identifier);
+        itemView.setTitle(title);
+        itemView.setStatus(status);
+        itemView.setDelegate(this);
+        setNeedsLayout(true);
+    }
+
+    selectItemsAtIndexesByExtendingSelection(selectedIndexes, false);
+    checkListViewUpdatePlaceholderForEachItemView();
+    if (editedIndex != KRNotFound) {
+        beginEditingItemAtIndexSelectRange(editedIndex, selectedRange);
+    }
+
+    checkListViewDidUpdateByReloadingItemsAtIndexes(this, indexes);
+}
+
+void KRCheckListView::updateByReloadingItemAtIndex(KRUInteger index) {
+    updateByReloadingItemsAtIndexes(KRIndexSet(index));
+}
+
+// Inserting
+// ------------------------------------------------------------------------------------------------------
+
+void KRCheckListView::updateByInsertingItemsAtIndexes(const KRIndexSet& indexSet) {
+    // A copy: the set passed in may be one of the list's own, which the messages below can replace.
+    const KRIndexSet indexes = indexSet;
+    KR_CHECKLIST_VIEW_ASSERT(m_updating, "updateByInsertingItemsAtIndexes:",
+                             "Can't update by inserting items, no update in progress");
+    checkListViewWillUpdateByInsertingItemsAtIndexes(this, indexes);
+
+    std::shared_ptr<KRCheckListItemTitleTextField> editedTitleTextField;
+    KRRange selectedRange{0, 0};
+    if (m_indexForEditedItem != KRNotFound) {
+        editedTitleTextField = m_checkListItemViews.at(m_indexForEditedItem)->titleTextField();
+        selectedRange = checkListViewSelectedRangeOfTitleTextField(editedTitleTextField.get());
+        endEditing();
+    }
+
+    // Ascending, every index is a final position: all smaller new indexes are in place before it. An index
+    // past the end of the array at its turn is the array's range failure, before anything changes.
+    KRUInteger insertedBefore = 0;
+    for (const KRUInteger index : indexes) {
+        if (index > m_checkListItemViews.size() + insertedBefore) {
+            throw std::out_of_range("updateByInsertingItemsAtIndexes: index beyond the end of the rows");
+        }
+        ++insertedBefore;
+    }
+    KRCheckListItemViews newItemViews;
+    newItemViews.reserve(indexes.count());
+    for (const KRUInteger index : indexes) {
+        newItemViews.push_back(checkListViewMakeItemViewForItemAtIndex(index, std::nullopt));
+    }
+
+    // One pass merges the new rows into the old ones at their final indexes.
+    KRCheckListItemViews itemViews;
+    itemViews.reserve(m_checkListItemViews.size() + newItemViews.size());
+    auto oldItemView = m_checkListItemViews.begin();
+    auto newItemView = newItemViews.cbegin();
+    for (const KRUInteger index : indexes) {
+        while (itemViews.size() < index) {
+            itemViews.push_back(std::move(*oldItemView++));
+        }
+        itemViews.push_back(*newItemView++);
+    }
+    std::move(oldItemView, m_checkListItemViews.end(), std::back_inserter(itemViews));
+    m_checkListItemViews = std::move(itemViews);
+    for (const std::shared_ptr<KRCheckListItemView>& itemView : newItemViews) {
+        addSubview(itemView);
+        m_checkListItemViewsByIdentifier.insert(itemView->itemIdentifier(), itemView);
+        setNeedsLayout(true);
+    }
+
+    // The edit follows its item to the item's new index.
+    if (editedTitleTextField) {
+        beginEditingItemAtIndexSelectRange(checkListViewIndexForTitleTextField(editedTitleTextField.get()),
+                                           selectedRange);
+    }
+    checkListViewUpdatePlaceholderForEachItemView();
+
+    checkListViewDidUpdateByInsertingItemsAtIndexes(this, indexes);
+}
+
+void KRCheckListView::updateByInsertingItemAtIndex(KRUInteger index) {
+    updateByInsertingItemsAtIndexes(KRIndexSet(index));
+}
+
+// Removing
+// ------------------------------------------------------------------------------------------------------
+
+void KRCheckListView::updateByRemovingItemsAtIndexes(const KRIndexSet& indexSet) {
+    // A copy: the set passed in may be one of the list's own, which the messages below can replace.
+    const KRIndexSet indexes = indexSet;
+    KR_CHECKLIST_VIEW_ASSERT(m_updating, "updateByRemovingItemsAtIndexes:",
+                             "Can't update by removing items, no update in progress");
+    checkListViewWillUpdateByRemovingItemsAtIndexes(this, indexes);
+
+    std::shared_ptr<KRCheckListItemTitleTextField> editedTitleTextField;
+    KRRange selectedRange{0, 0};
+    if (m_indexForEditedItem != KRNotFound) {
+        editedTitleTextField = m_checkListItemViews.at(m_indexForEditedItem)->titleTextField();
+        selectedRange = checkListViewSelectedRangeOfTitleTextField(editedTitleTextField.get());
+        endEditing();
+    }
+
+    // Kept alive until the end of the update.
+    KRCheckListItemViews removedItemViews;
+    removedItemViews.reserve(indexes.count());
+    for (const KRUInteger index : indexes) {
+        removedItemViews.push_back(m_checkListItemViews.at(index));
+    }
+    for (const std::shared_ptr<KRCheckListItemView>& itemView : removedItemViews) {
+        itemView->removeFromSuperview();
+        setNeedsLayout(true);
+    }
+
+    KRCheckListItemViews itemViews;
+    itemViews.reserve(m_checkListItemViews.size() - removedItemViews.size());
+    KRUInteger nextRemovedIndex = indexes.firstIndex();
+    for (std::size_t index = 0; index < m_checkListItemViews.size(); ++index) {
+        if (index == nextRemovedIndex) {
+            nextRemovedIndex = indexes.indexGreaterThanIndex(index);
+            continue;
+        }
+        itemViews.push_back(std::move(m_checkListItemViews[index]));
+    }
+    m_checkListItemViews = std::move(itemViews);
+    for (const std::shared_ptr<KRCheckListItemView>& itemView : removedItemViews) {
+        m_checkListItemViewsByIdentifier.remove(itemView->itemIdentifier());
+    }
+
+    // An edited item that was removed stays un-edited.
+    if (editedTitleTextField) {
+        const KRUInteger index = checkListViewIndexForTitleTextField(editedTitleTextField.get());
+        if (index != KRNotFound) {
+            beginEditingItemAtIndexSelectRange(index, selectedRange);
+        }
+    }
+    checkListViewUpdatePlaceholderForEachItemView();
+
+    checkListViewDidUpdateByRemovingItemsAtIndexes(this, indexes);
+}
+
+void KRCheckListView::updateByRemovingItemAtIndex(KRUInteger index) {
+    updateByRemovingItemsAtIndexes(KRIndexSet(index));
+}
+
+// Moving
+// ------------------------------------------------------------------------------------------------------
+
+void KRCheckListView::updateByMovingItemsAtIndexesToIndex(const KRIndexSet& indexSet, KRUInteger toIndex) {
+    // A copy: the set passed in may be one of the list's own, which the messages below can replace.
+    const KRIndexSet indexes = indexSet;
+    KR_CHECKLIST_VIEW_ASSERT(m_updating, "updateByMovingItemsAtIndexes:toIndex:",
+                             "Can't update by moving items, no update in progress");
+    checkListViewWillUpdateByMovingItemsAtIndexesToIndex(this, indexes, toIndex);
+
+    std::shared_ptr<KRCheckListItemTitleTextField> editedTitleTextField;
+    KRRange selectedRange{0, 0};
+    if (m_indexForEditedItem != KRNotFound) {
+        editedTitleTextField = m_checkListItemViews.at(m_indexForEditedItem)->titleTextField();
+        selectedRange = checkListViewSelectedRangeOfTitleTextField(editedTitleTextField.get());
+        endEditing();
+    }
+
+    // The moved rows, ascending, so the block keeps its order.
+    const std::size_t count = m_checkListItemViews.size();
+    KRCheckListItemViews movedItemViews;
+    movedItemViews.reserve(indexes.count());
+    for (const KRUInteger index : indexes) {
+        movedItemViews.push_back(m_checkListItemViews.at(index));
+    }
+    if (toIndex > count) {
+        throw std::out_of_range("updateByMovingItemsAtIndexes:toIndex: toIndex beyond the end of the rows");
+    }
+
+    // toIndex counts with the moved rows still in place: the block lands right before the row that stood
+    // at toIndex (at the end when toIndex is the row count), and the moved rows leave their old places.
+    KRCheckListItemViews itemViews;
+    itemViews.reserve(count);
+    for (std::size_t index = 0; index <= count; ++index) {
+        if (index == toIndex) {
+            itemViews.insert(itemViews.end(), movedItemViews.begin(), movedItemViews.end());
+        }
+        if (index < count && !indexes.containsIndex(index)) {
+            itemViews.push_back(std::move(m_checkListItemViews[index]));
+        }
+    }
+
+    // The selection follows the rows; identifiers don't move, so the dictionary stays.
+    KRMutableIndexSet selectedIndexes;
+    for (std::size_t index = 0; index < itemViews.size(); ++index) {
+        if (itemViews[index]->isSelected()) {
+            selectedIndexes.addIndex(index);
+        }
+    }
+    m_checkListItemViews = std::move(itemViews);
+    m_indexesForSelectedItems = selectedIndexes;
+
+    // Added again, the moved rows come to the front and are drawn above the others while they travel.
+    for (const std::shared_ptr<KRCheckListItemView>& itemView : movedItemViews) {
+        addSubview(itemView);
+        setNeedsLayout(true);
+    }
+
+    if (editedTitleTextField) {
+        beginEditingItemAtIndexSelectRange(checkListViewIndexForTitleTextField(editedTitleTextField.get()),
+                                           selectedRange);
+    }
+    checkListViewUpdatePlaceholderForEachItemView();
+
+    checkListViewDidUpdateByMovingItemsAtIndexesToIndex(this, indexes, toIndex);
+}
+
+void KRCheckListView::updateByMovingItemAtIndexToIndex(KRUInteger index, KRUInteger toIndex) {
+    updateByMovingItemsAtIndexesToIndex(KRIndexSet(index), toIndex);
+}
+
+void KRCheckListView::updateByMovingItemAtIndexToFinalIndex(KRUInteger index, KRUInteger finalIndex) {
+    const KRUInteger toIndex = index <= finalIndex ? finalIndex + 1 : finalIndex;
+    updateByMovingItemsAtIndexesToIndex(KRIndexSet(index), toIndex);
+}
