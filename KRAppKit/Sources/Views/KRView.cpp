@@ -745,10 +745,10 @@ bool KRView::canBecomeKeyView() const {
 // Dragging destination ----------------------------------------------------------------------------------
 
 void KRView::registerForDraggedTypes(const QStringList& types) {
-    if (!m_extras && types.isEmpty()) {
+    if (!m_identity && types.isEmpty()) {
         return;
     }
-    QStringList& registered = mutableExtras().registeredDraggedTypes;
+    QStringList& registered = mutableIdentity().registeredDraggedTypes;
     for (const QString& type : types) {
         if (!registered.contains(type)) {
             registered.append(type);
@@ -757,10 +757,10 @@ void KRView::registerForDraggedTypes(const QStringList& types) {
 }
 
 void KRView::unregisterDraggedTypes() {
-    if (!m_extras) {
+    if (!m_identity) {
         return;
     }
-    m_extras->registeredDraggedTypes.clear();
+    m_identity->registeredDraggedTypes.clear();
 }
 
 // Animation ----------------------------------------------------------------------------------------------

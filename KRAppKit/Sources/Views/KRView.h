@@ -167,7 +167,7 @@ public:
     // The pasteboard types the view accepts as a drag destination, in the order first registered.
     // Registering adds to the types already registered; a type is kept once.
     void registerForDraggedTypes(const QStringList& types);
-    const QStringList& registeredDraggedTypes() const { return extras().registeredDraggedTypes; }
+    const QStringList& registeredDraggedTypes() const { return identity().registeredDraggedTypes; }
     void unregisterDraggedTypes();
 
     // Animation ------------------------------------------------------------------------------------------
