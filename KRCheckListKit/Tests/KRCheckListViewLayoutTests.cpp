@@ -1,6 +1,7 @@
 #include "KRCheckListView.h"
 
 #include "KRCheckListDefaults.h"
+#include "KRCheckListDropPlaceholderContentView.h"
 #include "KRCheckListViewTestSupport.h"
 
 #include <QVariantList>
@@ -44,10 +45,7 @@ protected:
         }
         return frames;
     }
-    KRView* placeholderContainer() const {
-        const std::vector<KRView*> others = subviewsOtherThanRows(*list);
-        return others.size() == 1 ? others.front() : nullptr;
-    }
+    KRView* placeholderContainer() const { return list->dropPlaceholderContentView().get(); }
     KRIndexSet rowsDrawingTopDividers() const {
         return rowsWhere([](const KRCheckListItemView& row) { return row.drawsTopDivider(); });
     }
@@ -91,14 +89,14 @@ TEST_F(KRCheckListViewLayoutTests, LayoutRecordNamesSixEntriesInOrderAndHoldsEac
         QStringLiteral("dropPlaceholderFrame"),
         QStringLiteral("sizeThatFits"),
     };
-    EXPECT_EQ(KRCheckListViewLayout::keys(), expectedKeys);
+    EXPECT_EQ(linesOf(KRCheckListViewLayout::keys()), linesOf(expectedKeys));
 
     showItems({"a", "b"});
     const KRCheckListViewLayout layout = list->checkListViewLayoutForSize(KRSizeMake(300, 200));
     const QVariantMap record = layout.dictionary();
     QStringList sortedKeys = expectedKeys;
     sortedKeys.sort();
-    EXPECT_EQ(record.keys(), sortedKeys);
+    EXPECT_EQ(linesOf(record.keys()), linesOf(sortedKeys));
     EXPECT_EQ(record.value(QStringLiteral("size")).value<KRSize>(), layout.size);
     EXPECT_EQ(record.value(QStringLiteral("dropPlaceholderContentViewFrame")).value<KRRect>(),
               layout.dropPlaceholderContentViewFrame);
@@ -270,6 +268,17 @@ TEST_F(KRCheckListViewLayoutTests, SizeChangeIsReportedBeforeTheNewSizeIsStored)
     EXPECT_NE(list->lastSizeThatFits(), before);
 }
 
+TEST_F(KRCheckListViewLayoutTests, RowReportingANewFittingSizeLaysTheListOutAtOnce) {
+    showItems({"a", "b", "c"});
+    const double oneLine = rowAt(1)->frame().size.height;
+    rowAt(1)->setTitle(kLongTitle);
+    list->checkListItemViewDidChangeSizeThatFits(rowAt(1));
+    EXPECT_FALSE(list->needsLayout());
+    EXPECT_GT(rowAt(1)->frame().size.height, oneLine);
+    EXPECT_EQ(rowFrames(), list->checkListViewLayoutForSize(list->bounds().size).itemViewFrames);
+    EXPECT_EQ(log->count(QStringLiteral("didChangeSizeThatFits")), 1);
+}
+
 // Geometry queries
 // ------------------------------------------------------------------------------------------------------
 
@@ -298,14 +307,16 @@ TEST_F(KRCheckListViewLayoutTests, IndexesInARectAreTheRowsItOverlapsWithPositiv
     const KRRect first = rowAt(0)->frame();
     const KRRect second = rowAt(1)->frame();
     const KRRect third = rowAt(2)->frame();
-    EXPECT_EQ(list->indexesOfItemsInRect(KRRectMake(0, KRRectGetMinY(second) + 2, 10,
-                                                    KRRectGetMaxY(third) - KRRectGetMinY(second) - 4)),
-              (KRIndexSet{1, 2}));
-    EXPECT_EQ(list->indexesOfItemsInRect(KRRectMake(0, KRRectGetMaxY(first), 10, 5)), KRIndexSet{1})
+    EXPECT_EQ(indexesOf(list->indexesOfItemsInRect(KRRectMake(
+                  0, KRRectGetMinY(second) + 2, 10, KRRectGetMaxY(third) - KRRectGetMinY(second) - 4))),
+              indexesOf(KRIndexSet{1, 2}));
+    EXPECT_EQ(indexesOf(list->indexesOfItemsInRect(KRRectMake(0, KRRectGetMaxY(first), 10, 5))),
+              indexesOf(KRIndexSet{1}))
         << "a rect that only shares an edge with a row leaves it out";
-    EXPECT_EQ(list->indexesOfItemsInRect(KRRectMake(0, KRRectGetMidY(second), 10, 0)), KRIndexSet())
+    EXPECT_EQ(indexesOf(list->indexesOfItemsInRect(KRRectMake(0, KRRectGetMidY(second), 10, 0))),
+              indexesOf(KRIndexSet()))
         << "a rect without height overlaps nothing";
-    EXPECT_EQ(list->indexesOfItemsInRect(list->bounds()), (KRIndexSet{0, 1, 2, 3}));
+    EXPECT_EQ(indexesOf(list->indexesOfItemsInRect(list->bounds())), indexesOf(KRIndexSet{0, 1, 2, 3}));
 }
 
 TEST_F(KRCheckListViewLayoutTests, IndexesInARectAreFoundAfterPendingLayout) {
@@ -313,7 +324,7 @@ TEST_F(KRCheckListViewLayoutTests, IndexesInARectAreFoundAfterPendingLayout) {
     const KRRect laidOut = rowAt(2)->frame();
     rowAt(2)->setFrame(KRRectMake(0, 400, 320, 28));
     list->setNeedsLayout(true);
-    EXPECT_EQ(list->indexesOfItemsInRect(KRRectInset(laidOut, 0, 3)), KRIndexSet{2});
+    EXPECT_EQ(indexesOf(list->indexesOfItemsInRect(KRRectInset(laidOut, 0, 3))), indexesOf(KRIndexSet{2}));
     EXPECT_EQ(rowAt(2)->frame(), laidOut);
 }
 
@@ -343,52 +354,52 @@ TEST_F(KRCheckListViewLayoutTests, MovingAPointIntoARectClampsEachAxisWithTheFar
 
 TEST_F(KRCheckListViewLayoutTests, PlainRowsDrawTheFirstTopDividerAndEveryBottomDivider) {
     showItems({"a", "b", "c", "d"});
-    EXPECT_EQ(rowsDrawingTopDividers(), KRIndexSet{0});
-    EXPECT_EQ(rowsDrawingBottomDividers(), (KRIndexSet{0, 1, 2, 3}));
+    EXPECT_EQ(indexesOf(rowsDrawingTopDividers()), indexesOf(KRIndexSet{0}));
+    EXPECT_EQ(indexesOf(rowsDrawingBottomDividers()), indexesOf(KRIndexSet{0, 1, 2, 3}));
 }
 
 TEST_F(KRCheckListViewLayoutTests, SelectedRowDrawsNoBottomDividerAndTakesAwayTheOneAboveIt) {
     showItems({"a", "b", "c", "d", "e"});
     list->selectItemAtIndexByExtendingSelection(2, false);
-    EXPECT_EQ(rowsDrawingBottomDividers(), (KRIndexSet{0, 3, 4}))
+    EXPECT_EQ(indexesOf(rowsDrawingBottomDividers()), indexesOf(KRIndexSet{0, 3, 4}))
         << "the row below the selected one still draws its own";
-    EXPECT_EQ(rowsDrawingTopDividers(), KRIndexSet{0});
+    EXPECT_EQ(indexesOf(rowsDrawingTopDividers()), indexesOf(KRIndexSet{0}));
 
     list->deselectAllItems();
-    EXPECT_EQ(rowsDrawingBottomDividers(), (KRIndexSet{0, 1, 2, 3, 4}));
+    EXPECT_EQ(indexesOf(rowsDrawingBottomDividers()), indexesOf(KRIndexSet{0, 1, 2, 3, 4}));
 }
 
 TEST_F(KRCheckListViewLayoutTests, EditedRowDrawsNoBottomDividerAndTakesAwayTheOneAboveIt) {
     showItems({"a", "b", "c", "d", "e"});
     editItem(2, KRMakeRange(0, 0));
     ASSERT_EQ(list->indexForEditedItem(), 2u);
-    EXPECT_EQ(rowsDrawingBottomDividers(), (KRIndexSet{0, 3, 4}));
-    EXPECT_EQ(rowsDrawingTopDividers(), KRIndexSet{0});
+    EXPECT_EQ(indexesOf(rowsDrawingBottomDividers()), indexesOf(KRIndexSet{0, 3, 4}));
+    EXPECT_EQ(indexesOf(rowsDrawingTopDividers()), indexesOf(KRIndexSet{0}));
 }
 
 TEST_F(KRCheckListViewLayoutTests, HighlightedRowDrawsNoBottomDividerAndTakesAwayTheOneAboveIt) {
     showItems({"a", "b", "c", "d", "e"});
     rowAt(2)->setHighlighted(true);
     list->checkListItemViewDidChangeHighlighted(rowAt(2));
-    EXPECT_EQ(rowsDrawingBottomDividers(), (KRIndexSet{0, 3, 4}));
+    EXPECT_EQ(indexesOf(rowsDrawingBottomDividers()), indexesOf(KRIndexSet{0, 3, 4}));
 
     rowAt(2)->setHighlighted(false);
     list->checkListItemViewDidChangeHighlighted(rowAt(2));
-    EXPECT_EQ(rowsDrawingBottomDividers(), (KRIndexSet{0, 1, 2, 3, 4}));
+    EXPECT_EQ(indexesOf(rowsDrawingBottomDividers()), indexesOf(KRIndexSet{0, 1, 2, 3, 4}));
 }
 
 TEST_F(KRCheckListViewLayoutTests, MarkedFirstRowDrawsNoTopDividerAndMarkedLastRowNoBottomDivider) {
     showItems({"a", "b", "c", "d", "e"});
     list->selectItemsAtIndexesByExtendingSelection(KRIndexSet{0, 4}, false);
-    EXPECT_EQ(rowsDrawingTopDividers(), KRIndexSet());
-    EXPECT_EQ(rowsDrawingBottomDividers(), (KRIndexSet{1, 2}));
+    EXPECT_EQ(indexesOf(rowsDrawingTopDividers()), indexesOf(KRIndexSet()));
+    EXPECT_EQ(indexesOf(rowsDrawingBottomDividers()), indexesOf(KRIndexSet{1, 2}));
 }
 
 TEST_F(KRCheckListViewLayoutTests, RowWithAnEmptyFrameDrawsNoBottomDividerWhileTheRowAboveStillDoes) {
     showItems({"a", "b", "c"});
     rowAt(1)->setFrame(KRRectZero);
     list->checkListViewUpdateDividers();
-    EXPECT_EQ(rowsDrawingBottomDividers(), (KRIndexSet{0, 2}));
+    EXPECT_EQ(indexesOf(rowsDrawingBottomDividers()), indexesOf(KRIndexSet{0, 2}));
 }
 
 TEST_F(KRCheckListViewLayoutTests, WhileDraggingToTheTopNoRowDrawsATopDivider) {
@@ -396,7 +407,7 @@ TEST_F(KRCheckListViewLayoutTests, WhileDraggingToTheTopNoRowDrawsATopDivider) {
     pressHandleOfRow(0);
     ASSERT_TRUE(list->isDragging());
     ASSERT_LE(list->dropPlaceholderIndex(), 1u) << "the drop index is at or before the first remaining row";
-    EXPECT_EQ(rowsDrawingTopDividers(), KRIndexSet());
+    EXPECT_EQ(indexesOf(rowsDrawingTopDividers()), indexesOf(KRIndexSet()));
     releasePointer();
 }
 
@@ -409,6 +420,7 @@ TEST_F(KRCheckListViewLayoutTests, WhileDraggingPastTheLastRowItDrawsNoBottomDiv
     EXPECT_FALSE(rowAt(3)->drawsBottomDivider());
     EXPECT_TRUE(rowAt(1)->drawsBottomDivider());
     EXPECT_TRUE(rowAt(2)->drawsBottomDivider());
-    EXPECT_EQ(rowsDrawingTopDividers(), KRIndexSet{1}) << "the first remaining row, with no gap above it";
+    EXPECT_EQ(indexesOf(rowsDrawingTopDividers()), indexesOf(KRIndexSet{1}))
+        << "the first remaining row, with no gap above it";
     releasePointer();
 }

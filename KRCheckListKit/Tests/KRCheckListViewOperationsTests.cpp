@@ -14,12 +14,13 @@ namespace {
 
 class KRCheckListViewOperationsTests : public KRCheckListViewTestCase {
 protected:
-    // Shows items with a data source that also implements the deprecated setters.
-    std::shared_ptr<FullRecordingDataSource> showItemsWithSetters(const QStringList& identifiers) {
-        auto full = std::make_shared<FullRecordingDataSource>(log);
-        showItemsFrom(full, identifiers);
-        return full;
+    // Shows items with the data source that also implements the deprecated setters.
+    void showItemsWithSetters(const QStringList& identifiers) {
+        showItemsFrom(dataSourceWithSetters, identifiers);
     }
+
+    std::shared_ptr<FullRecordingDataSource> dataSourceWithSetters =
+        std::make_shared<FullRecordingDataSource>(log);
 };
 
 } // namespace
@@ -62,15 +63,16 @@ TEST_F(KRCheckListViewOperationsTests, InsertOnADataSourceThatDoesNotReportLeave
     showItems({"a", "b", "c"});
     dataSource->reportsChanges = false;
     list->insertItemAtIndex(1);
-    EXPECT_EQ(log->messages(), (QStringList{QStringLiteral("willInsertItemsAtIndexes {1}"),
-                                            QStringLiteral("insertItemsAtIndexes {1}"),
-                                            QStringLiteral("didInsertItemsAtIndexes {1}")}));
+    EXPECT_EQ(linesOf(log->messages()), linesOf(QStringList{QStringLiteral("willInsertItemsAtIndexes {1}"),
+                                                            QStringLiteral("insertItemsAtIndexes {1}"),
+                                                            QStringLiteral("didInsertItemsAtIndexes {1}")}));
     EXPECT_EQ(list->numberOfItems(), 3u);
-    EXPECT_EQ(rowIdentifiers(), (QStringList{"a", "b", "c"}));
+    EXPECT_EQ(linesOf(rowIdentifiers()), linesOf(QStringList{"a", "b", "c"}));
 }
 
 TEST_F(KRCheckListViewOperationsTests, RemoveAndMoveHandTheirArgumentsOnUnchanged) {
     showItems({"a", "b", "c", "d"});
+    dataSource->appliesChanges = false;
     dataSource->reportsChanges = false;
     list->removeItemsAtIndexes(KRIndexSet{0, 2});
     list->moveItemsAtIndexesToIndex(KRIndexSet{1, 2}, 4);
@@ -90,8 +92,9 @@ TEST_F(KRCheckListViewOperationsTests, RemoveAndMoveHandTheirArgumentsOnUnchange
         QStringLiteral("moveItemsAtIndexes {2} toIndex 0"),
         QStringLiteral("didMoveItemsAtIndexes {2} toIndex 0"),
     };
-    EXPECT_EQ(log->messages(), expected);
-    EXPECT_EQ(rowIdentifiers(), (QStringList{"a", "b", "c", "d"})) << "the rows wait for the data source";
+    EXPECT_EQ(linesOf(log->messages()), linesOf(expected));
+    EXPECT_EQ(linesOf(rowIdentifiers()), linesOf(QStringList{"a", "b", "c", "d"}))
+        << "the rows wait for the data source";
 }
 
 TEST_F(KRCheckListViewOperationsTests, OneInsertionWhileAnItemIsEditedSendsEveryMessageInOrder) {
@@ -131,13 +134,13 @@ TEST_F(KRCheckListViewOperationsTests, OneInsertionWhileAnItemIsEditedSendsEvery
         QStringLiteral("didEndUpdates"),
         QStringLiteral("didInsertItemsAtIndexes {1}"),
     };
-    EXPECT_EQ(log->messages(), expected);
+    EXPECT_EQ(linesOf(log->messages()), linesOf(expected));
     EXPECT_EQ(rowsWhenAnnounced, std::optional<KRUInteger>(5));
     EXPECT_EQ(rowsWhenDone, std::optional<KRUInteger>(6));
-    EXPECT_EQ(rowIdentifiers(), (QStringList{"a", "new1", "b", "c", "d", "e"}));
+    EXPECT_EQ(linesOf(rowIdentifiers()), linesOf(QStringList{"a", "new1", "b", "c", "d", "e"}));
     EXPECT_EQ(list->indexForEditedItem(), 4u);
     EXPECT_EQ(rowAt(4), editedRow);
-    EXPECT_EQ(selectionInTitleAtIndex(4), std::optional<KRRange>(KRMakeRange(1, 2)));
+    EXPECT_EQ(selectionInTitleAtIndex(4), "{1, 2}");
 }
 
 TEST_F(KRCheckListViewOperationsTests, RemoveCompletesTheDataSourcesUpdateBeforeTheDidMessage) {
@@ -155,39 +158,39 @@ TEST_F(KRCheckListViewOperationsTests, RemoveCompletesTheDataSourcesUpdateBefore
         QStringLiteral("didEndUpdates"),
         QStringLiteral("didRemoveItemsAtIndexes {1}"),
     };
-    EXPECT_EQ(log->messages(), expected);
-    EXPECT_EQ(rowIdentifiers(), (QStringList{"a", "c"}));
+    EXPECT_EQ(linesOf(log->messages()), linesOf(expected));
+    EXPECT_EQ(linesOf(rowIdentifiers()), linesOf(QStringList{"a", "c"}));
 }
 
 TEST_F(KRCheckListViewOperationsTests, MovingTheFirstOfFourToThreeThroughTheDataSourceGivesBCAD) {
     showItems({"a", "b", "c", "d"});
     list->moveItemAtIndexToIndex(0, 3);
-    EXPECT_EQ(dataSource->identifiers(), (QStringList{"b", "c", "a", "d"}));
-    EXPECT_EQ(rowIdentifiers(), (QStringList{"b", "c", "a", "d"}));
-    EXPECT_EQ(log->startingWith({QStringLiteral("willMove"), QStringLiteral("didMove")}),
-              (QStringList{QStringLiteral("willMoveItemsAtIndexes {0} toIndex 3"),
-                           QStringLiteral("didMoveItemsAtIndexes {0} toIndex 3")}));
+    EXPECT_EQ(linesOf(dataSource->identifiers()), linesOf(QStringList{"b", "c", "a", "d"}));
+    EXPECT_EQ(linesOf(rowIdentifiers()), linesOf(QStringList{"b", "c", "a", "d"}));
+    EXPECT_EQ(linesOf(log->startingWith({QStringLiteral("willMove"), QStringLiteral("didMove")})),
+              linesOf(QStringList{QStringLiteral("willMoveItemsAtIndexes {0} toIndex 3"),
+                                  QStringLiteral("didMoveItemsAtIndexes {0} toIndex 3")}));
 }
 
 TEST_F(KRCheckListViewOperationsTests, MovingTheLastOfFourToZeroThroughTheDataSourceGivesDABC) {
     showItems({"a", "b", "c", "d"});
     list->moveItemsAtIndexesToIndex(KRIndexSet{3}, 0);
-    EXPECT_EQ(rowIdentifiers(), (QStringList{"d", "a", "b", "c"}));
+    EXPECT_EQ(linesOf(rowIdentifiers()), linesOf(QStringList{"d", "a", "b", "c"}));
 }
 
 TEST_F(KRCheckListViewOperationsTests, MovingTheSecondOfFourToOneOrTwoThroughTheDataSourceKeepsTheOrder) {
     showItems({"a", "b", "c", "d"});
     list->moveItemAtIndexToIndex(1, 1);
-    EXPECT_EQ(rowIdentifiers(), (QStringList{"a", "b", "c", "d"}));
+    EXPECT_EQ(linesOf(rowIdentifiers()), linesOf(QStringList{"a", "b", "c", "d"}));
     list->moveItemAtIndexToIndex(1, 2);
-    EXPECT_EQ(rowIdentifiers(), (QStringList{"a", "b", "c", "d"}));
+    EXPECT_EQ(linesOf(rowIdentifiers()), linesOf(QStringList{"a", "b", "c", "d"}));
 }
 
 // Status and title
 // ------------------------------------------------------------------------------------------------------
 
 TEST_F(KRCheckListViewOperationsTests, SetStatusOnFourAndOneGoesWillSetDidForOneThenForFour) {
-    std::shared_ptr<FullRecordingDataSource> full = showItemsWithSetters({"a", "b", "c", "d", "e"});
+    showItemsWithSetters({"a", "b", "c", "d", "e"});
     KRLogCapture quiet;
     list->setStatusForItemsAtIndexes(2, KRIndexSet{4, 1});
     const QStringList expected{
@@ -195,9 +198,9 @@ TEST_F(KRCheckListViewOperationsTests, SetStatusOnFourAndOneGoesWillSetDidForOne
         QStringLiteral("didSetStatusForItemAtIndex 1"),  QStringLiteral("willSetStatusForItemAtIndex 4"),
         QStringLiteral("setStatus 2 forItemAtIndex 4"),  QStringLiteral("didSetStatusForItemAtIndex 4"),
     };
-    EXPECT_EQ(log->messages(), expected);
-    EXPECT_EQ(full->items[1].status, 2u);
-    EXPECT_EQ(full->items[4].status, 2u);
+    EXPECT_EQ(linesOf(log->messages()), linesOf(expected));
+    EXPECT_EQ(dataSourceWithSetters->items[1].status, 2u);
+    EXPECT_EQ(dataSourceWithSetters->items[4].status, 2u);
     EXPECT_EQ(rowAt(1)->status(), 0u) << "the row waits for the data source to report the change";
     EXPECT_EQ(rowAt(4)->status(), 0u);
 }
@@ -206,19 +209,20 @@ TEST_F(KRCheckListViewOperationsTests, SetStatusOfOneItemIsTheSetFormWithOneInde
     showItemsWithSetters({"a", "b", "c"});
     KRLogCapture quiet;
     list->setStatusForItemAtIndex(1, 2);
-    EXPECT_EQ(log->messages(), (QStringList{QStringLiteral("willSetStatusForItemAtIndex 2"),
-                                            QStringLiteral("setStatus 1 forItemAtIndex 2"),
-                                            QStringLiteral("didSetStatusForItemAtIndex 2")}));
+    EXPECT_EQ(linesOf(log->messages()), linesOf(QStringList{QStringLiteral("willSetStatusForItemAtIndex 2"),
+                                                            QStringLiteral("setStatus 1 forItemAtIndex 2"),
+                                                            QStringLiteral("didSetStatusForItemAtIndex 2")}));
 }
 
 TEST_F(KRCheckListViewOperationsTests, SetTitleReachesTheDataSourceButTheRowOnlyWithAReloadUpdate) {
-    std::shared_ptr<FullRecordingDataSource> full = showItemsWithSetters({"a", "b", "c"});
+    showItemsWithSetters({"a", "b", "c"});
     KRLogCapture quiet;
     list->setTitleForItemAtIndex(QStringLiteral("Renamed"), 1);
-    EXPECT_EQ(log->messages(), (QStringList{QStringLiteral("willSetTitleForItemAtIndex 1"),
-                                            QStringLiteral("setTitle \"Renamed\" forItemAtIndex 1"),
-                                            QStringLiteral("didSetTitleForItemAtIndex 1")}));
-    EXPECT_EQ(full->items[1].title, QStringLiteral("Renamed"));
+    EXPECT_EQ(linesOf(log->messages()),
+              linesOf(QStringList{QStringLiteral("willSetTitleForItemAtIndex 1"),
+                                  QStringLiteral("setTitle \"Renamed\" forItemAtIndex 1"),
+                                  QStringLiteral("didSetTitleForItemAtIndex 1")}));
+    EXPECT_EQ(dataSourceWithSetters->items[1].title, QStringLiteral("Renamed"));
     EXPECT_EQ(rowAt(1)->title(), QStringLiteral("Item b"));
 
     list->beginUpdates();

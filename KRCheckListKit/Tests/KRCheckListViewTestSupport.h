@@ -29,22 +29,9 @@
 #include <memory>
 #include <optional>
 #include <ostream>
+#include <string>
 #include <utility>
 #include <vector>
-
-// Printers found by GoogleTest through argument-dependent lookup, so failures show text, not bytes.
-inline void PrintTo(const QString& string, std::ostream* os) {
-    *os << '"' << string.toStdString() << '"';
-}
-inline void PrintTo(const QJsonValue& value, std::ostream* os) {
-    *os << value.toVariant().toString().toStdString();
-}
-inline void PrintTo(const KRIndexSet& indexes, std::ostream* os) {
-    *os << indexes.description().toStdString();
-}
-inline void PrintTo(const KRRange& range, std::ostream* os) {
-    *os << KRStringFromRange(range).toStdString();
-}
 
 namespace KRCheckListViewTesting {
 
@@ -69,6 +56,35 @@ inline QString describeFlag(bool flag) {
 
 inline QString quoted(const QString& text) {
     return QStringLiteral("\"") + text + QStringLiteral("\"");
+}
+
+// Values compared in the tests, wrapped so that a failure prints them as text: a list of lines, and an
+// index set as "{1, 4}".
+struct Lines {
+    QStringList lines;
+    friend bool operator==(const Lines&, const Lines&) = default;
+};
+inline void PrintTo(const Lines& lines, std::ostream* os) {
+    *os << "{";
+    for (const QString& line : lines.lines) {
+        *os << "\n    \"" << line.toStdString() << "\"";
+    }
+    *os << (lines.lines.isEmpty() ? "}" : "\n}");
+}
+
+inline Lines linesOf(const QStringList& lines) {
+    return Lines{lines};
+}
+
+struct Indexes {
+    KRIndexSet indexes;
+    friend bool operator==(const Indexes&, const Indexes&) = default;
+};
+inline void PrintTo(const Indexes& indexes, std::ostream* os) {
+    *os << describeIndexes(indexes.indexes).toStdString();
+}
+inline Indexes indexesOf(const KRIndexSet& indexes) {
+    return Indexes{indexes};
 }
 
 // The log ------------------------------------------------------------------------------------------------
@@ -143,9 +159,9 @@ inline std::vector<Item> itemsWithIdentifiers(const QStringList& identifiers) {
 }
 
 // Keeps its items in memory and implements only the required methods. Inserts, removals and moves are
-// applied at once and, while reportsChanges is set, reported to the list from inside the call that asked
-// for them (beginUpdates, the matching update, endUpdates). Status and title changes proposed by a row are
-// accepted unless a validator answers otherwise.
+// applied at once (while appliesChanges is set) and, while reportsChanges is set, reported to the list from
+// inside the call that asked for them (beginUpdates, the matching update, endUpdates). Status and title
+// changes proposed by a row are accepted unless a validator answers otherwise.
 class RecordingDataSource : public KRCheckListViewDataSource {
 public:
     explicit RecordingDataSource(std::shared_ptr<MessageLog> log) : m_log(std::move(log)) {}
@@ -189,8 +205,10 @@ public:
     void checkListViewInsertItemsAtIndexes(KRCheckListView* checkListView,
                                            const KRIndexSet& indexes) override {
         record(QStringLiteral("insertItemsAtIndexes ") + describeIndexes(indexes));
-        for (KRUInteger index : indexes) {
-            items.insert(items.begin() + static_cast<std::ptrdiff_t>(index), nextInsertedItem());
+        if (appliesChanges) {
+            for (KRUInteger index : indexes) {
+                items.insert(items.begin() + static_cast<std::ptrdiff_t>(index), nextInsertedItem());
+            }
         }
         if (reportsChanges) {
             checkListView->beginUpdates();
@@ -201,13 +219,15 @@ public:
     void checkListViewRemoveItemsAtIndexes(KRCheckListView* checkListView,
                                            const KRIndexSet& indexes) override {
         record(QStringLiteral("removeItemsAtIndexes ") + describeIndexes(indexes));
-        std::vector<Item> kept;
-        for (KRUInteger index = 0; index < items.size(); ++index) {
-            if (!indexes.containsIndex(index)) {
-                kept.push_back(items[index]);
+        if (appliesChanges) {
+            std::vector<Item> kept;
+            for (KRUInteger index = 0; index < items.size(); ++index) {
+                if (!indexes.containsIndex(index)) {
+                    kept.push_back(items[index]);
+                }
             }
+            items = kept;
         }
-        items = kept;
         if (reportsChanges) {
             checkListView->beginUpdates();
             checkListView->updateByRemovingItemsAtIndexes(indexes);
@@ -218,7 +238,9 @@ public:
                                                 KRUInteger toIndex) override {
         record(QStringLiteral("moveItemsAtIndexes %1 toIndex %2")
                    .arg(describeIndexes(indexes), describeIndex(toIndex)));
-        items = itemsMoved(items, indexes, toIndex);
+        if (appliesChanges) {
+            items = itemsMoved(items, indexes, toIndex);
+        }
         if (reportsChanges) {
             checkListView->beginUpdates();
             checkListView->updateByMovingItemsAtIndexesToIndex(indexes, toIndex);
@@ -257,6 +279,8 @@ public:
     std::vector<Item> items;
     // Items to hand out for insertions, first come first served; then "new1", "new2", … with empty titles.
     std::vector<Item> itemsToInsert;
+    // Off, the data source only records what it is asked; reporting needs the change applied.
+    bool appliesChanges = true;
     bool reportsChanges = true;
     std::function<KRUInteger(KRUInteger proposedStatus, KRUInteger index)> statusValidator;
     std::function<QString(const QString& proposedTitle, KRUInteger index)> titleValidator;
@@ -493,17 +517,6 @@ private:
 // Implements no delegate method at all.
 class EmptyDelegate : public KRCheckListViewDelegate {};
 
-// The subviews of a list that are not rows (the drop placeholder container, while nothing else is added).
-inline std::vector<KRView*> subviewsOtherThanRows(const KRCheckListView& list) {
-    std::vector<KRView*> others;
-    for (const std::shared_ptr<KRView>& subview : list.subviews()) {
-        if (!dynamic_cast<KRCheckListItemView*>(subview.get())) {
-            others.push_back(subview.get());
-        }
-    }
-    return others;
-}
-
 // Failures ----------------------------------------------------------------------------------------------
 
 struct AssertionFailure {
@@ -578,13 +591,14 @@ protected:
         KRRunLoop::main().runUntilIdle();
         log->clear();
     }
-    // The text selection in the editor of the row at index, or nullopt when that row's title is not edited.
-    std::optional<KRRange> selectionInTitleAtIndex(KRUInteger index) const {
+    // The text selection in the editor of the row at index ("{location, length}"), or "not edited".
+    std::string selectionInTitleAtIndex(KRUInteger index) const {
         KRTextView* editor = list->checkListViewTitleTextFieldForIndex(index)->currentEditor();
         if (!editor) {
-            return std::nullopt;
+            return "not edited";
         }
-        return editor->selectedRange();
+        const KRRange range = editor->selectedRange();
+        return "{" + std::to_string(range.location) + ", " + std::to_string(range.length) + "}";
     }
 
     // The indexes of the rows whose flag is set.
