@@ -1,0 +1,88 @@
+#pragma once
+
+#include "KRTodoItem.h"
+
+#include "KRCheckListViewDataSource.h"
+#include "KRCheckListViewDelegate.h"
+
+#include "Foundation/KRIndexSet.h"
+
+#include <QString>
+
+#include <functional>
+#include <memory>
+#include <vector>
+
+class KRCheckListView;
+
+// The to-do items of one checklist, kept in memory. It is the list's data source and delegate: it answers
+// the items, keeps the titles and statuses the user types and clicks, and carries out the insertions,
+// removals and moves the list asks for, reporting each one back to the list in an update transaction.
+class KRTodoStore : public KRCheckListViewDataSource, public KRCheckListViewDelegate {
+public:
+    KRTodoStore() = default;
+    // Items without an identifier get a fresh one.
+    explicit KRTodoStore(std::vector<KRTodoItem> items);
+
+    // A trip's checklist: a dozen items, some done, one canceled, a few long enough to wrap.
+    static std::shared_ptr<KRTodoStore> makeSampleStore();
+
+    const std::vector<KRTodoItem>& items() const { return m_items; }
+    KRUInteger count() const { return m_items.size(); }
+    // A new open item with an identifier no item of the store has.
+    KRTodoItem makeItem(const QString& title = QString(), KRUInteger status = KRTodoItem::Open);
+
+    // Changes of the items. Each one changes the items, then reports the change to checkListView, when
+    // there is one, between beginUpdates and endUpdates. Indexes mean what the list's updates take: the
+    // final positions of inserted items, the positions before a removal, and for a move both the moved
+    // indexes and toIndex counted before the move.
+    void insertItems(std::vector<KRTodoItem> items, const KRIndexSet& indexes,
+                     KRCheckListView* checkListView);
+    void removeItems(const KRIndexSet& indexes, KRCheckListView* checkListView);
+    void moveItems(const KRIndexSet& indexes, KRUInteger toIndex, KRCheckListView* checkListView);
+    void setStatus(KRUInteger status, KRUInteger index, KRCheckListView* checkListView);
+    void setTitle(const QString& title, KRUInteger index, KRCheckListView* checkListView);
+
+    // One line per item, in order: the status's name, a tab, and the title on one line.
+    QString dump() const;
+    static QString statusName(KRUInteger status);
+
+    // Called whenever the list's fitting size changes, so that its host can follow it.
+    void setSizeThatFitsChangedHandler(std::function<void(KRCheckListView*)> handler);
+
+    // KRCheckListViewDataSource ---------------------------------------------------------------------------
+    KRUInteger checkListViewNumberOfItems(KRCheckListView* checkListView) override;
+    QJsonValue checkListViewIdentifierForItemAtIndex(KRCheckListView* checkListView,
+                                                     KRUInteger index) override;
+    KRUInteger checkListViewStatusForItemAtIndex(KRCheckListView* checkListView, KRUInteger index) override;
+    QString checkListViewTitleForItemAtIndex(KRCheckListView* checkListView, KRUInteger index) override;
+    KRUInteger checkListViewValidateChangedStatusForItemAtIndex(KRCheckListView* checkListView,
+                                                                KRUInteger status, KRUInteger index) override;
+    QString checkListViewValidateChangedTitleForItemAtIndex(KRCheckListView* checkListView,
+                                                            const QString& title, KRUInteger index) override;
+    void checkListViewInsertItemsAtIndexes(KRCheckListView* checkListView,
+                                           const KRIndexSet& indexes) override;
+    void checkListViewRemoveItemsAtIndexes(KRCheckListView* checkListView,
+                                           const KRIndexSet& indexes) override;
+    void checkListViewMoveItemsAtIndexesToIndex(KRCheckListView* checkListView, const KRIndexSet& indexes,
+                                                KRUInteger toIndex) override;
+    // The toggle commands hand their statuses over only through these.
+    void checkListViewSetStatusForItemAtIndex(KRCheckListView* checkListView, KRUInteger status,
+                                              KRUInteger index) override;
+    void checkListViewSetTitleForItemAtIndex(KRCheckListView* checkListView, const QString& title,
+                                             KRUInteger index) override;
+
+    // KRCheckListViewDelegate -----------------------------------------------------------------------------
+    void checkListViewDidChangeSizeThatFits(KRCheckListView* checkListView) override;
+
+private:
+    bool hasItemAtIndex(KRUInteger index) const { return index < m_items.size(); }
+    bool hasIdentifier(const QString& identifier) const;
+    QString makeIdentifier();
+    static KRUInteger knownStatus(KRUInteger status);
+    static void reportReloadedItem(KRUInteger index, KRCheckListView* checkListView);
+
+    std::vector<KRTodoItem> m_items;
+    KRUInteger m_nextIdentifierNumber = 1;
+    std::function<void(KRCheckListView*)> m_sizeThatFitsChangedHandler;
+};

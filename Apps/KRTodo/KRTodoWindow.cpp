@@ -1,0 +1,101 @@
+#include "KRTodoWindow.h"
+
+#include "KRTodoStore.h"
+
+#include "KRCheckListView.h"
+
+#include "Foundation/KRRunLoop.h"
+#include "Platform/KRHostWidget.h"
+
+#include <QCoreApplication>
+#include <QPointer>
+#include <QScrollArea>
+
+#include <cmath>
+#include <utility>
+
+namespace {
+
+// The list's width until the window gives it its own, and the window's first size.
+constexpr double kInitialListWidth = 480.0;
+constexpr int kInitialWindowWidth = 480;
+constexpr int kInitialWindowHeight = 560;
+// How many rounds of events settle() runs at most; a round in which nothing changes ends it earlier.
+constexpr int kMaximumSettleRounds = 50;
+
+} // namespace
+
+KRTodoWindow::KRTodoWindow(std::shared_ptr<KRTodoStore> store, QWidget* parent)
+    : QMainWindow(parent), m_store(std::move(store)) {
+    setWindowTitle(QStringLiteral("KRTodo"));
+    setUpCheckListView();
+    setUpScrollArea();
+    resize(kInitialWindowWidth, kInitialWindowHeight);
+    m_checkListView->reloadItems();
+}
+
+KRTodoWindow::~KRTodoWindow() {
+    m_store->setSizeThatFitsChangedHandler(nullptr);
+}
+
+void KRTodoWindow::setUpCheckListView() {
+    m_checkListView = std::make_shared<KRCheckListView>(KRRectMake(0.0, 0.0, kInitialListWidth, 0.0));
+    m_checkListView->setDataSource(m_store);
+    m_checkListView->setDelegate(m_store);
+    m_store->setSizeThatFitsChangedHandler([this](KRCheckListView*) { scheduleHeightUpdate(); });
+
+    // The host sizes the list to itself: as wide as the viewport, and at least as tall as the rows.
+    m_hostWidget = new KRHostWidget;
+    m_hostWidget->setContentView(m_checkListView);
+    m_hostWidget->setResizesContentView(true);
+}
+
+void KRTodoWindow::setUpScrollArea() {
+    m_scrollArea = new QScrollArea;
+    m_scrollArea->setFrameShape(QFrame::NoFrame);
+    m_scrollArea->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    m_scrollArea->setWidgetResizable(true);
+    m_scrollArea->setWidget(m_hostWidget);
+    setCentralWidget(m_scrollArea);
+    m_hostWidget->setFocus();
+}
+
+// The list reports a new fitting size from inside its layout pass. The host follows on a later turn, so
+// that resizing the host never lays the list out again while it is laying itself out.
+void KRTodoWindow::scheduleHeightUpdate() {
+    if (m_heightUpdateScheduled) {
+        return;
+    }
+    m_heightUpdateScheduled = true;
+    KRRunLoop::main().performAfterDelay(0.0, [window = QPointer<KRTodoWindow>(this)] {
+        if (window) {
+            window->updateHeight();
+        }
+    });
+}
+
+void KRTodoWindow::updateHeight() {
+    m_heightUpdateScheduled = false;
+    // A zero size asks for the fitting size of the last layout pass without laying out again.
+    const KRSize fitting = m_checkListView->sizeThatFits(KRSizeZero);
+    m_hostWidget->setMinimumHeight(static_cast<int>(std::ceil(fitting.height)));
+}
+
+void KRTodoWindow::settle() {
+    for (int round = 0; round < kMaximumSettleRounds; ++round) {
+        const QSize hostSize = m_hostWidget->size();
+        const KRSize fitting = m_checkListView->lastSizeThatFits();
+        QCoreApplication::processEvents();
+        KRRunLoop::main().runUntilIdle();
+        m_hostWidget->krWindow().updateIfNeeded();
+        const bool unchanged =
+            hostSize == m_hostWidget->size() && fitting == m_checkListView->lastSizeThatFits();
+        if (unchanged && !m_heightUpdateScheduled) {
+            return;
+        }
+    }
+}
+
+QImage KRTodoWindow::renderCheckListToImage(double devicePixelRatio) {
+    return m_hostWidget->renderToImage(devicePixelRatio);
+}

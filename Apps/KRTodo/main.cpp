@@ -1,0 +1,96 @@
+// KRTodo: a to-do checklist in a window. With --screenshot <path>, or when no display is available, it
+// renders the list offscreen into a PNG at 2x (and one at 1x beside it) and exits. With --dump it prints
+// the items, one per line, when it ends.
+#include "KRTodoStore.h"
+#include "KRTodoWindow.h"
+
+#include "Foundation/KRClock.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QFileInfo>
+
+#include <cstdio>
+#include <cstring>
+
+namespace {
+
+struct Options {
+    QString screenshotPath;
+    bool dump = false;
+};
+
+Options parseOptions(int argc, char** argv) {
+    Options options;
+    for (int i = 1; i < argc; ++i) {
+        if (std::strcmp(argv[i], "--screenshot") == 0 && i + 1 < argc) {
+            options.screenshotPath = QString::fromLocal8Bit(argv[++i]);
+        } else if (std::strcmp(argv[i], "--dump") == 0) {
+            options.dump = true;
+        }
+    }
+    return options;
+}
+
+bool hasNoDisplay() {
+    if (qEnvironmentVariable("QT_QPA_PLATFORM") == QLatin1String("offscreen")) {
+        return true;
+    }
+    return qEnvironmentVariableIsEmpty("DISPLAY") && qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY");
+}
+
+// Writes the list at 2x to path and at 1x beside it, and prints both paths.
+bool writeScreenshots(KRTodoWindow& window, const QString& path) {
+    const QImage image = window.renderCheckListToImage(2.0);
+    const QImage plainImage = window.renderCheckListToImage(1.0);
+    const QFileInfo info(path);
+    QDir().mkpath(info.absolutePath());
+    const QString plainPath = info.dir().filePath(info.completeBaseName() + QStringLiteral("-1x.png"));
+    if (!image.save(info.filePath(), "PNG") || !plainImage.save(plainPath, "PNG")) {
+        std::fprintf(stderr, "KRTodo: could not write %s\n", qPrintable(info.filePath()));
+        return false;
+    }
+    std::printf("%s\n%s\n", qPrintable(info.filePath()), qPrintable(plainPath));
+    return true;
+}
+
+void dumpStore(const KRTodoStore& store) {
+    std::fputs(store.dump().toUtf8().constData(), stdout);
+    std::fflush(stdout);
+}
+
+} // namespace
+
+int main(int argc, char** argv) {
+    Options options = parseOptions(argc, argv);
+    if (hasNoDisplay()) {
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+        if (options.screenshotPath.isEmpty()) {
+            options.screenshotPath = QStringLiteral("out/KRTodo.png");
+        }
+    }
+    const bool screenshot = !options.screenshotPath.isEmpty();
+    // A still frame needs time that stands still.
+    if (screenshot) {
+        KRClock::useManualTime(0.0);
+    }
+
+    QApplication application(argc, argv);
+    QApplication::setApplicationName(QStringLiteral("KRTodo"));
+
+    const std::shared_ptr<KRTodoStore> store = KRTodoStore::makeSampleStore();
+    KRTodoWindow window(store);
+    window.show();
+
+    int status = 0;
+    if (screenshot) {
+        window.settle();
+        status = writeScreenshots(window, options.screenshotPath) ? 0 : 1;
+    } else {
+        status = QApplication::exec();
+    }
+    if (options.dump) {
+        dumpStore(*store);
+    }
+    return status;
+}
