@@ -80,6 +80,8 @@ int main(int argc, char** argv) {
 
     const std::shared_ptr<KRTodoStore> store = KRTodoStore::makeSampleStore();
     KRTodoWindow window(store);
+    // Offscreen the window is laid out as if shown, without a platform window of its own.
+    window.setAttribute(Qt::WA_DontShowOnScreen, screenshot);
     window.show();
 
     int status = 0;

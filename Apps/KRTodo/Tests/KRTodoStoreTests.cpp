@@ -188,7 +188,7 @@ TEST_F(KRTodoStoreTests, AnswersEachItemByIndex) {
 
 TEST_F(KRTodoStoreTests, AnIndexPastTheItemsAnswersNothing) {
     KRTodoStore& source = *store;
-    EXPECT_TRUE(source.checkListViewIdentifierForItemAtIndex(checkListView.get(), 4).isUndefined());
+    EXPECT_TRUE(source.checkListViewIdentifierForItemAtIndex(checkListView.get(), 4).isNull());
     EXPECT_EQ(source.checkListViewStatusForItemAtIndex(checkListView.get(), 4), KRTodoItem::Open);
     EXPECT_TRUE(source.checkListViewTitleForItemAtIndex(checkListView.get(), 4).isNull());
 }

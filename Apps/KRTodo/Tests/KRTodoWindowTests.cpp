@@ -1,0 +1,129 @@
+#include "KRTodoWindow.h"
+
+#include "KRTodoStore.h"
+
+#include "KRCheckListView.h"
+
+#include "Foundation/KRRunLoop.h"
+#include "Platform/KRHostWidget.h"
+
+#include <QCoreApplication>
+#include <QKeyEvent>
+#include <QMouseEvent>
+#include <QScrollArea>
+#include <QScrollBar>
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <memory>
+
+namespace {
+
+// The sample checklist in a window that is laid out as if shown.
+class KRTodoWindowTests : public ::testing::Test {
+protected:
+    void SetUp() override {
+        window.setAttribute(Qt::WA_DontShowOnScreen);
+        window.show();
+        window.settle();
+    }
+    void TearDown() override { KRRunLoop::main().cancelAll(); }
+
+    int fittingHeight() const {
+        return static_cast<int>(std::ceil(window.checkListView().lastSizeThatFits().height));
+    }
+    // Where a view's centre lies in the host widget.
+    QPointF centreInHost(const KRView& view) const {
+        const KRRect bounds = view.bounds();
+        const KRPoint centre =
+            view.convertPointToView(KRPointMake(KRRectGetMidX(bounds), KRRectGetMidY(bounds)), nullptr);
+        return QPointF(centre.x, centre.y);
+    }
+    void click(QPointF position, Qt::KeyboardModifiers modifiers = Qt::NoModifier) {
+        KRHostWidget& host = window.hostWidget();
+        QMouseEvent press(QEvent::MouseButtonPress, position, host.mapToGlobal(position), Qt::LeftButton,
+                          Qt::LeftButton, modifiers);
+        QCoreApplication::sendEvent(&host, &press);
+        QMouseEvent release(QEvent::MouseButtonRelease, position, host.mapToGlobal(position), Qt::LeftButton,
+                            Qt::NoButton, modifiers);
+        QCoreApplication::sendEvent(&host, &release);
+    }
+    void type(const QString& text) {
+        for (const QChar character : text) {
+            QKeyEvent press(QEvent::KeyPress, 0, Qt::NoModifier, QString(character));
+            QCoreApplication::sendEvent(&window.hostWidget(), &press);
+            QKeyEvent release(QEvent::KeyRelease, 0, Qt::NoModifier, QString(character));
+            QCoreApplication::sendEvent(&window.hostWidget(), &release);
+        }
+    }
+    KRCheckListItemView& row(KRUInteger index) const {
+        return *window.checkListView().checkListViewItemViewForItemAtIndex(index);
+    }
+    double listWidth() const { return window.checkListView().frame().size.width; }
+    int viewportWidth() const { return window.scrollArea().viewport()->width(); }
+
+    std::shared_ptr<KRTodoStore> store = KRTodoStore::makeSampleStore();
+    KRTodoWindow window{store};
+};
+
+} // namespace
+
+TEST_F(KRTodoWindowTests, ShowsTheStoresItemsInAScrollArea) {
+    EXPECT_EQ(window.windowTitle(), QStringLiteral("KRTodo"));
+    EXPECT_EQ(window.centralWidget(), &window.scrollArea());
+    EXPECT_EQ(window.scrollArea().widget(), &window.hostWidget());
+    EXPECT_EQ(window.hostWidget().contentView(), &window.checkListView());
+    EXPECT_EQ(window.checkListView().numberOfItems(), store->count());
+}
+
+TEST_F(KRTodoWindowTests, ListIsAsWideAsTheViewportAndHostAsTallAsTheRows) {
+    EXPECT_GT(viewportWidth(), 0);
+    EXPECT_EQ(listWidth(), viewportWidth());
+    EXPECT_GT(fittingHeight(), 0);
+    EXPECT_EQ(window.hostWidget().minimumHeight(), fittingHeight());
+    EXPECT_GE(window.checkListView().frame().size.height, fittingHeight());
+}
+
+TEST_F(KRTodoWindowTests, NarrowerWindowWrapsTitlesAndScrolls) {
+    const int wideHeight = fittingHeight();
+    window.resize(260, 300);
+    window.settle();
+
+    EXPECT_LT(viewportWidth(), 260);
+    EXPECT_EQ(listWidth(), viewportWidth());
+    EXPECT_GT(fittingHeight(), wideHeight);
+    EXPECT_EQ(window.hostWidget().minimumHeight(), fittingHeight());
+    EXPECT_EQ(window.hostWidget().height(), fittingHeight());
+    EXPECT_TRUE(window.scrollArea().verticalScrollBar()->isVisible());
+}
+
+TEST_F(KRTodoWindowTests, InsertedItemMakesTheHostTaller) {
+    const int before = fittingHeight();
+    window.checkListView().insertItemAtIndex(0);
+    window.settle();
+
+    EXPECT_EQ(store->count(), window.checkListView().numberOfItems());
+    EXPECT_GT(fittingHeight(), before);
+    EXPECT_EQ(window.hostWidget().minimumHeight(), fittingHeight());
+}
+
+TEST_F(KRTodoWindowTests, CheckBoxClicksInTheWindowReachTheStore) {
+    ASSERT_EQ(store->items()[3].status, KRTodoItem::Open);
+    click(centreInHost(*row(3).checkBoxButtonView()));
+    EXPECT_EQ(store->items()[3].status, KRTodoItem::Completed);
+    EXPECT_EQ(row(3).status(), KRTodoItem::Completed);
+
+    click(centreInHost(*row(6).checkBoxButtonView()), Qt::AltModifier);
+    EXPECT_EQ(store->items()[6].status, KRTodoItem::Canceled);
+}
+
+TEST_F(KRTodoWindowTests, TitlesTypedInTheWindowReachTheStore) {
+    const QString before = store->items()[3].title;
+    window.checkListView().beginEditingItemAtIndexSelectRange(3, KRRange{KRUIntegerMax, 0});
+    ASSERT_EQ(window.checkListView().indexForEditedItem(), 3u);
+    type(QStringLiteral(" x2"));
+
+    EXPECT_EQ(store->items()[3].title, before + QStringLiteral(" x2"));
+    EXPECT_EQ(row(3).title(), store->items()[3].title);
+}
