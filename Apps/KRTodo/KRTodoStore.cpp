@@ -3,9 +3,9 @@
 #include "KRCheckListView.h"
 
 #include <QJsonValue>
-#include <QStringList>
 
 #include <algorithm>
+#include <iterator>
 #include <utility>
 
 namespace {
