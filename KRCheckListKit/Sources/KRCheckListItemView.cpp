@@ -470,10 +470,13 @@ void KRCheckListItemView::setPlaceholder(const QString& placeholder) {
     const QString oldPlaceholder = this->placeholder();
     const QString text = placeholder.isNull() ? QString(QLatin1String("")) : placeholder;
     const KRAttributedString attributed(text, attributesOrNone(m_placeholderAttributes));
-    KRTextFieldDelegate* fieldDelegate = m_titleTextField->KRTextField::delegate();
-    m_titleTextField->setDelegate(nullptr);
-    m_titleTextField->setPlaceholderAttributedString(attributed);
-    m_titleTextField->setDelegate(fieldDelegate, dynamic_cast<const KRObject*>(fieldDelegate));
+    // The list sets every row's placeholder after each change of its rows; most already have it.
+    if (!(m_titleTextField->cell()->placeholderAttributedString() == attributed)) {
+        KRTextFieldDelegate* fieldDelegate = m_titleTextField->KRTextField::delegate();
+        m_titleTextField->setDelegate(nullptr);
+        m_titleTextField->setPlaceholderAttributedString(attributed);
+        m_titleTextField->setDelegate(fieldDelegate, dynamic_cast<const KRObject*>(fieldDelegate));
+    }
     if (hasObserversForKey("placeholder")) {
         didChangeValueForKey("placeholder", oldPlaceholder, this->placeholder());
     }

@@ -147,21 +147,14 @@ bool KRCheckListView::checkListFieldEditorMouseDown(KRCheckListFieldEditor*, con
 // Placeholder
 // ------------------------------------------------------------------------------------------------------
 
-// Only the first row can show a placeholder, its own, and only while its title is empty. Rows that show
-// none already are left alone.
+// Only the first row can show a placeholder, its own, and only while its title is empty. Setting it again
+// gives it the attributes of the row's current state.
 void KRCheckListView::checkListViewUpdatePlaceholderForEachItemView() {
     const std::size_t count = m_checkListItemViews.size();
     for (std::size_t index = 0; index < count; ++index) {
         KRCheckListItemView& itemView = *m_checkListItemViews[index];
-        if (index == 0 && itemView.title().isEmpty()) {
-            itemView.setPlaceholder(itemView.placeholder());
-            continue;
-        }
-        // Read in place: the row's placeholder() answers a copy.
-        const KRTextFieldCell* titleCell = itemView.titleTextField()->cell();
-        if (titleCell && !titleCell->placeholderAttributedString().string().isEmpty()) {
-            itemView.setPlaceholder(QStringLiteral(""));
-        }
+        const bool keepsOwnPlaceholder = index == 0 && itemView.title().isEmpty();
+        itemView.setPlaceholder(keepsOwnPlaceholder ? itemView.placeholder() : QStringLiteral(""));
     }
 }
 

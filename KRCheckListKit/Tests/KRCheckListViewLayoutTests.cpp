@@ -401,26 +401,3 @@ TEST_F(KRCheckListViewLayoutTests, RowWithAnEmptyFrameDrawsNoBottomDividerWhileT
     list->checkListViewUpdateDividers();
     EXPECT_EQ(indexesOf(rowsDrawingBottomDividers()), indexesOf(KRIndexSet{0, 2}));
 }
-
-TEST_F(KRCheckListViewLayoutTests, WhileDraggingToTheTopNoRowDrawsATopDivider) {
-    showItems({"a", "b", "c", "d"});
-    pressHandleOfRow(0);
-    ASSERT_TRUE(list->isDragging());
-    ASSERT_LE(list->dropPlaceholderIndex(), 1u) << "the drop index is at or before the first remaining row";
-    EXPECT_EQ(indexesOf(rowsDrawingTopDividers()), indexesOf(KRIndexSet()));
-    releasePointer();
-}
-
-TEST_F(KRCheckListViewLayoutTests, WhileDraggingPastTheLastRowItDrawsNoBottomDivider) {
-    showItems({"a", "b", "c", "d"});
-    pressHandleOfRow(0);
-    ASSERT_TRUE(list->isDragging());
-    dragPointerTo(KRPointMake(100, 590));
-    ASSERT_EQ(list->dropPlaceholderIndex(), 4u) << "the drop index is past the last remaining row";
-    EXPECT_FALSE(rowAt(3)->drawsBottomDivider());
-    EXPECT_TRUE(rowAt(1)->drawsBottomDivider());
-    EXPECT_TRUE(rowAt(2)->drawsBottomDivider());
-    EXPECT_EQ(indexesOf(rowsDrawingTopDividers()), indexesOf(KRIndexSet{1}))
-        << "the first remaining row, with no gap above it";
-    releasePointer();
-}
