@@ -1,5 +1,5 @@
 // KRCheckListView: editing a title in place through the list's field editor, the list's focus as far as
-// editing needs it, and the placeholder rule (Part 3.2). Clicks, keys and editing at a point come later.
+// editing needs it, and the placeholder rule. Clicks, keys and editing at a point come later.
 #include "KRCheckListView.h"
 
 #include "Foundation/KRAssertionHandler.h"

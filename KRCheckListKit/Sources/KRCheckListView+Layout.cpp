@@ -1,5 +1,5 @@
 // KRCheckListView: the resting layout record, the layout pass that applies it, the list's fitting size,
-// the geometry queries and the divider rules (Part 5.1).
+// the geometry queries and the divider rules.
 //
 // Work per row is kept to what a pass needs: a row answers its fitting size from its title field's cached
 // measurements, frames and divider flags are only set when they change, and nothing looks a row up by view.
@@ -84,7 +84,7 @@ void KRCheckListView::layoutSubviews() {
     const KREvent* currentEvent = window ? window->currentEvent() : nullptr;
     const bool isLeftMouseDragged = currentEvent && currentEvent->type() == KREventType::LeftMouseDragged;
 
-    // While a drag runs, the dragging layout of the drag session (Part 5.2) takes the resting layout's place
+    // While a drag runs, the dragging layout of the drag session takes the resting layout's place
     // here; both produce the same record.
     const KRCheckListViewLayout layout = checkListViewLayoutForSize(bounds.size);
 
@@ -175,7 +175,7 @@ KRPoint KRCheckListView::checkListViewMovePoint(KRPoint point, KRRect insideRect
 // ------------------------------------------------------------------------------------------------------
 
 KRIndexSet KRCheckListView::checkListViewIndexesOfDraggedItems() const {
-    // The drag session's indexesOfDraggedItems while a drag runs (Part 5.2); none at rest.
+    // The drag session's indexesOfDraggedItems while a drag runs; none at rest.
     return KRIndexSet();
 }
 

@@ -1,4 +1,4 @@
-// KRCheckListView: the item operations (Part 1.4). Each one only announces the change to the delegate and
+// KRCheckListView: the item operations. Each one only announces the change to the delegate and
 // asks the data source to make it; the rows change when the data source reports back with an update
 // transaction (KRCheckListView+Updates.cpp).
 #include "KRCheckListView.h"

@@ -1,4 +1,4 @@
-// KRCheckListView: the selection (Part 3.1): its one primitive and the wrappers built on it. Mouse clicks
+// KRCheckListView: the selection: its one primitive and the wrappers built on it. Mouse clicks
 // come later.
 #include "KRCheckListView.h"
 

@@ -1,5 +1,5 @@
 // KRCheckListView: reloading the rows from the data source, and the update transactions through which the
-// data source reports each change it made (Part 1.3).
+// data source reports each change it made.
 //
 // The row array and the identifier dictionary are never seen half changed: while the data source is asked
 // about the rows being built, and while the delegate hears about the change, they hold either the old or the
