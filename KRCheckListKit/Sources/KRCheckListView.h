@@ -88,7 +88,9 @@ public:
     const KRCheckListItemViewsByIdentifier& checkListItemViewsByIdentifier() const {
         return m_checkListItemViewsByIdentifier;
     }
-    const std::shared_ptr<KRCheckListItemView>& dummyCheckListItemView() const { return m_dummyCheckListItemView; }
+    const std::shared_ptr<KRCheckListItemView>& dummyCheckListItemView() const {
+        return m_dummyCheckListItemView;
+    }
     const std::shared_ptr<KRCheckListFieldEditor>& fieldEditor() const { return m_fieldEditor; }
     const std::shared_ptr<KRCheckListDropPlaceholderContentView>& dropPlaceholderContentView() const {
         return m_dropPlaceholderContentView;
@@ -205,17 +207,18 @@ public:
     QJsonValue checkListViewIdentifierForItemAtIndex(KRCheckListView* checkListView, KRUInteger index);
     KRUInteger checkListViewStatusForItemAtIndex(KRCheckListView* checkListView, KRUInteger index);
     QString checkListViewTitleForItemAtIndex(KRCheckListView* checkListView, KRUInteger index);
-    KRUInteger checkListViewValidateChangedStatusForItemAtIndex(KRCheckListView* checkListView, KRUInteger status,
-                                                                KRUInteger index);
-    QString checkListViewValidateChangedTitleForItemAtIndex(KRCheckListView* checkListView, const QString& title,
-                                                            KRUInteger index);
+    KRUInteger checkListViewValidateChangedStatusForItemAtIndex(KRCheckListView* checkListView,
+                                                                KRUInteger status, KRUInteger index);
+    QString checkListViewValidateChangedTitleForItemAtIndex(KRCheckListView* checkListView,
+                                                            const QString& title, KRUInteger index);
     void checkListViewInsertItemsAtIndexes(KRCheckListView* checkListView, const KRIndexSet& indexes);
     void checkListViewRemoveItemsAtIndexes(KRCheckListView* checkListView, const KRIndexSet& indexes);
     void checkListViewMoveItemsAtIndexesToIndex(KRCheckListView* checkListView, const KRIndexSet& indexes,
                                                 KRUInteger toIndex);
     void checkListViewBeginGrouping(KRCheckListView* checkListView);
     void checkListViewEndGrouping(KRCheckListView* checkListView);
-    void checkListViewSetStatusForItemAtIndex(KRCheckListView* checkListView, KRUInteger status, KRUInteger index);
+    void checkListViewSetStatusForItemAtIndex(KRCheckListView* checkListView, KRUInteger status,
+                                              KRUInteger index);
     void checkListViewSetTitleForItemAtIndex(KRCheckListView* checkListView, const QString& title,
                                              KRUInteger index);
 
@@ -224,12 +227,18 @@ public:
     void checkListViewDidReloadItems(KRCheckListView* checkListView);
     void checkListViewWillBeginUpdates(KRCheckListView* checkListView);
     void checkListViewDidEndUpdates(KRCheckListView* checkListView);
-    void checkListViewWillUpdateByReloadingItemsAtIndexes(KRCheckListView* checkListView, const KRIndexSet& indexes);
-    void checkListViewDidUpdateByReloadingItemsAtIndexes(KRCheckListView* checkListView, const KRIndexSet& indexes);
-    void checkListViewWillUpdateByInsertingItemsAtIndexes(KRCheckListView* checkListView, const KRIndexSet& indexes);
-    void checkListViewDidUpdateByInsertingItemsAtIndexes(KRCheckListView* checkListView, const KRIndexSet& indexes);
-    void checkListViewWillUpdateByRemovingItemsAtIndexes(KRCheckListView* checkListView, const KRIndexSet& indexes);
-    void checkListViewDidUpdateByRemovingItemsAtIndexes(KRCheckListView* checkListView, const KRIndexSet& indexes);
+    void checkListViewWillUpdateByReloadingItemsAtIndexes(KRCheckListView* checkListView,
+                                                          const KRIndexSet& indexes);
+    void checkListViewDidUpdateByReloadingItemsAtIndexes(KRCheckListView* checkListView,
+                                                         const KRIndexSet& indexes);
+    void checkListViewWillUpdateByInsertingItemsAtIndexes(KRCheckListView* checkListView,
+                                                          const KRIndexSet& indexes);
+    void checkListViewDidUpdateByInsertingItemsAtIndexes(KRCheckListView* checkListView,
+                                                         const KRIndexSet& indexes);
+    void checkListViewWillUpdateByRemovingItemsAtIndexes(KRCheckListView* checkListView,
+                                                         const KRIndexSet& indexes);
+    void checkListViewDidUpdateByRemovingItemsAtIndexes(KRCheckListView* checkListView,
+                                                        const KRIndexSet& indexes);
     void checkListViewWillUpdateByMovingItemsAtIndexesToIndex(KRCheckListView* checkListView,
                                                               const KRIndexSet& indexes, KRUInteger toIndex);
     void checkListViewDidUpdateByMovingItemsAtIndexesToIndex(KRCheckListView* checkListView,
@@ -247,11 +256,11 @@ public:
     void checkListViewDidUpdateByRemovingItemsAtIndexesAnimated(KRCheckListView* checkListView,
                                                                 const KRIndexSet& indexes, bool animated);
     void checkListViewWillUpdateByMovingItemsAtIndexesToIndexAnimated(KRCheckListView* checkListView,
-                                                                      const KRIndexSet& indexes, KRUInteger toIndex,
-                                                                      bool animated);
+                                                                      const KRIndexSet& indexes,
+                                                                      KRUInteger toIndex, bool animated);
     void checkListViewDidUpdateByMovingItemsAtIndexesToIndexAnimated(KRCheckListView* checkListView,
-                                                                     const KRIndexSet& indexes, KRUInteger toIndex,
-                                                                     bool animated);
+                                                                     const KRIndexSet& indexes,
+                                                                     KRUInteger toIndex, bool animated);
     void checkListViewWillBeginEditingItemAtIndex(KRCheckListView* checkListView, KRUInteger index);
     void checkListViewDidBeginEditingItemAtIndex(KRCheckListView* checkListView, KRUInteger index);
     void checkListViewWillEndEditingItemAtIndex(KRCheckListView* checkListView, KRUInteger index);
@@ -282,8 +291,10 @@ public:
     QUndoStack* checkListViewUndoManagerForTextView(KRCheckListView* checkListView, KRTextView* textView);
 
     // KRCheckListItemViewDelegate ------------------------------------------------------------------------
-    QString checkListItemViewValidateChangedTitle(KRCheckListItemView* itemView, const QString& title) override;
-    KRUInteger checkListItemViewValidateChangedStatus(KRCheckListItemView* itemView, KRUInteger status) override;
+    QString checkListItemViewValidateChangedTitle(KRCheckListItemView* itemView,
+                                                  const QString& title) override;
+    KRUInteger checkListItemViewValidateChangedStatus(KRCheckListItemView* itemView,
+                                                      KRUInteger status) override;
     void checkListItemViewDidChangeSizeThatFits(KRCheckListItemView* itemView) override;
     void checkListItemViewDidEndEditingTitle(KRCheckListItemView* itemView) override;
     void checkListItemViewDidChangeHighlighted(KRCheckListItemView* itemView) override;

@@ -80,59 +80,61 @@ public:
                                                                          bool /*animated*/) {}
     virtual void checkListViewDidUpdateByRemovingItemsAtIndexesAnimated(KRCheckListView*, const KRIndexSet&,
                                                                         bool /*animated*/) {}
-    virtual void checkListViewWillUpdateByMovingItemsAtIndexesToIndexAnimated(KRCheckListView*, const KRIndexSet&,
+    virtual void checkListViewWillUpdateByMovingItemsAtIndexesToIndexAnimated(KRCheckListView*,
+                                                                              const KRIndexSet&,
                                                                               KRUInteger /*toIndex*/,
                                                                               bool /*animated*/) {}
-    virtual void checkListViewDidUpdateByMovingItemsAtIndexesToIndexAnimated(KRCheckListView*, const KRIndexSet&,
+    virtual void checkListViewDidUpdateByMovingItemsAtIndexesToIndexAnimated(KRCheckListView*,
+                                                                             const KRIndexSet&,
                                                                              KRUInteger /*toIndex*/,
                                                                              bool /*animated*/) {}
 };
 
-#define KR_CHECKLIST_VIEW_DELEGATE_METHODS(X)                                                                  \
-    X(checkListViewWillReloadItems)                                                                            \
-    X(checkListViewDidReloadItems)                                                                             \
-    X(checkListViewWillBeginUpdates)                                                                           \
-    X(checkListViewDidEndUpdates)                                                                              \
-    X(checkListViewWillUpdateByReloadingItemsAtIndexes)                                                        \
-    X(checkListViewDidUpdateByReloadingItemsAtIndexes)                                                         \
-    X(checkListViewWillUpdateByInsertingItemsAtIndexes)                                                        \
-    X(checkListViewDidUpdateByInsertingItemsAtIndexes)                                                         \
-    X(checkListViewWillUpdateByRemovingItemsAtIndexes)                                                         \
-    X(checkListViewDidUpdateByRemovingItemsAtIndexes)                                                          \
-    X(checkListViewWillUpdateByMovingItemsAtIndexesToIndex)                                                    \
-    X(checkListViewDidUpdateByMovingItemsAtIndexesToIndex)                                                     \
-    X(checkListViewWillBeginEditingItemAtIndex)                                                                \
-    X(checkListViewDidBeginEditingItemAtIndex)                                                                 \
-    X(checkListViewWillEndEditingItemAtIndex)                                                                  \
-    X(checkListViewDidEndEditingItemAtIndex)                                                                   \
-    X(checkListViewWillSelectItemsAtIndexes)                                                                   \
-    X(checkListViewDidSelectItemsAtIndexes)                                                                    \
-    X(checkListViewDidChangeSizeThatFits)                                                                      \
-    X(checkListViewWillSetStatusForItemAtIndex)                                                                \
-    X(checkListViewDidSetStatusForItemAtIndex)                                                                 \
-    X(checkListViewWillSetTitleForItemAtIndex)                                                                 \
-    X(checkListViewDidSetTitleForItemAtIndex)                                                                  \
-    X(checkListViewWillInsertItemsAtIndexes)                                                                   \
-    X(checkListViewDidInsertItemsAtIndexes)                                                                    \
-    X(checkListViewWillRemoveItemsAtIndexes)                                                                   \
-    X(checkListViewDidRemoveItemsAtIndexes)                                                                    \
-    X(checkListViewWillMoveItemsAtIndexesToIndex)                                                              \
-    X(checkListViewDidMoveItemsAtIndexesToIndex)                                                               \
-    X(checkListViewDidCommitEditing)                                                                           \
-    X(checkListViewDidCancelEditing)                                                                           \
-    X(checkListViewWillGainFocus)                                                                              \
-    X(checkListViewDidGainFocus)                                                                               \
-    X(checkListViewWillLoseFocus)                                                                              \
-    X(checkListViewDidLoseFocus)                                                                               \
-    X(checkListViewTextViewDoCommandBySelector)                                                                \
-    X(checkListViewUndoManagerForTextView)                                                                     \
-    X(checkListViewWillUpdateByReloadingItemsAtIndexesAnimated)                                                \
-    X(checkListViewDidUpdateByReloadingItemsAtIndexesAnimated)                                                 \
-    X(checkListViewWillUpdateByInsertingItemsAtIndexesAnimated)                                                \
-    X(checkListViewDidUpdateByInsertingItemsAtIndexesAnimated)                                                 \
-    X(checkListViewWillUpdateByRemovingItemsAtIndexesAnimated)                                                 \
-    X(checkListViewDidUpdateByRemovingItemsAtIndexesAnimated)                                                  \
-    X(checkListViewWillUpdateByMovingItemsAtIndexesToIndexAnimated)                                            \
+#define KR_CHECKLIST_VIEW_DELEGATE_METHODS(X)                                                                \
+    X(checkListViewWillReloadItems)                                                                          \
+    X(checkListViewDidReloadItems)                                                                           \
+    X(checkListViewWillBeginUpdates)                                                                         \
+    X(checkListViewDidEndUpdates)                                                                            \
+    X(checkListViewWillUpdateByReloadingItemsAtIndexes)                                                      \
+    X(checkListViewDidUpdateByReloadingItemsAtIndexes)                                                       \
+    X(checkListViewWillUpdateByInsertingItemsAtIndexes)                                                      \
+    X(checkListViewDidUpdateByInsertingItemsAtIndexes)                                                       \
+    X(checkListViewWillUpdateByRemovingItemsAtIndexes)                                                       \
+    X(checkListViewDidUpdateByRemovingItemsAtIndexes)                                                        \
+    X(checkListViewWillUpdateByMovingItemsAtIndexesToIndex)                                                  \
+    X(checkListViewDidUpdateByMovingItemsAtIndexesToIndex)                                                   \
+    X(checkListViewWillBeginEditingItemAtIndex)                                                              \
+    X(checkListViewDidBeginEditingItemAtIndex)                                                               \
+    X(checkListViewWillEndEditingItemAtIndex)                                                                \
+    X(checkListViewDidEndEditingItemAtIndex)                                                                 \
+    X(checkListViewWillSelectItemsAtIndexes)                                                                 \
+    X(checkListViewDidSelectItemsAtIndexes)                                                                  \
+    X(checkListViewDidChangeSizeThatFits)                                                                    \
+    X(checkListViewWillSetStatusForItemAtIndex)                                                              \
+    X(checkListViewDidSetStatusForItemAtIndex)                                                               \
+    X(checkListViewWillSetTitleForItemAtIndex)                                                               \
+    X(checkListViewDidSetTitleForItemAtIndex)                                                                \
+    X(checkListViewWillInsertItemsAtIndexes)                                                                 \
+    X(checkListViewDidInsertItemsAtIndexes)                                                                  \
+    X(checkListViewWillRemoveItemsAtIndexes)                                                                 \
+    X(checkListViewDidRemoveItemsAtIndexes)                                                                  \
+    X(checkListViewWillMoveItemsAtIndexesToIndex)                                                            \
+    X(checkListViewDidMoveItemsAtIndexesToIndex)                                                             \
+    X(checkListViewDidCommitEditing)                                                                         \
+    X(checkListViewDidCancelEditing)                                                                         \
+    X(checkListViewWillGainFocus)                                                                            \
+    X(checkListViewDidGainFocus)                                                                             \
+    X(checkListViewWillLoseFocus)                                                                            \
+    X(checkListViewDidLoseFocus)                                                                             \
+    X(checkListViewTextViewDoCommandBySelector)                                                              \
+    X(checkListViewUndoManagerForTextView)                                                                   \
+    X(checkListViewWillUpdateByReloadingItemsAtIndexesAnimated)                                              \
+    X(checkListViewDidUpdateByReloadingItemsAtIndexesAnimated)                                               \
+    X(checkListViewWillUpdateByInsertingItemsAtIndexesAnimated)                                              \
+    X(checkListViewDidUpdateByInsertingItemsAtIndexesAnimated)                                               \
+    X(checkListViewWillUpdateByRemovingItemsAtIndexesAnimated)                                               \
+    X(checkListViewDidUpdateByRemovingItemsAtIndexesAnimated)                                                \
+    X(checkListViewWillUpdateByMovingItemsAtIndexesToIndexAnimated)                                          \
     X(checkListViewDidUpdateByMovingItemsAtIndexesToIndexAnimated)
 
 // The delegate's methods, numbered for KRClientMethods.
@@ -146,8 +148,8 @@ enum class KRCheckListViewDelegateMethod {
 template <class Client> KRClientMethods KRCheckListViewDelegateMethodsOf() {
     static_assert(std::is_base_of_v<KRCheckListViewDelegate, Client>);
     KRClientMethods methods;
-#define KR_RECORD(method)                                                                                      \
-    methods.set(static_cast<std::size_t>(KRCheckListViewDelegateMethod::method),                               \
+#define KR_RECORD(method)                                                                                    \
+    methods.set(static_cast<std::size_t>(KRCheckListViewDelegateMethod::method),                             \
                 KR_CLIENT_OVERRIDES(Client, KRCheckListViewDelegate, method));
     KR_CHECKLIST_VIEW_DELEGATE_METHODS(KR_RECORD)
 #undef KR_RECORD

@@ -10,5 +10,5 @@
 // it below the protocol) overrides m. The overrides must be accessible (public) to be seen.
 using KRClientMethods = std::bitset<64>;
 
-#define KR_CLIENT_OVERRIDES(Client, Protocol, method)                                                          \
+#define KR_CLIENT_OVERRIDES(Client, Protocol, method)                                                        \
     (!std::is_same_v<decltype(&Client::method), decltype(&Protocol::method)>)

@@ -442,9 +442,9 @@ TEST_F(KRViewTest, DraggedTypesAddUpOnceEachInTheOrderFirstRegistered) {
     EXPECT_TRUE(view.registeredDraggedTypes().isEmpty());
     view.registerForDraggedTypes({QStringLiteral("public.text"), QStringLiteral("org.example.items")});
     view.registerForDraggedTypes({QStringLiteral("org.example.items"), QStringLiteral("public.url")});
-    EXPECT_EQ(view.registeredDraggedTypes(), (QStringList{QStringLiteral("public.text"),
-                                                          QStringLiteral("org.example.items"),
-                                                          QStringLiteral("public.url")}));
+    EXPECT_EQ(view.registeredDraggedTypes(),
+              (QStringList{QStringLiteral("public.text"), QStringLiteral("org.example.items"),
+                           QStringLiteral("public.url")}));
     view.unregisterDraggedTypes();
     EXPECT_TRUE(view.registeredDraggedTypes().isEmpty());
 }
