@@ -466,12 +466,21 @@ QString KRCheckListItemView::placeholder() const {
     return m_titleTextField->placeholderString();
 }
 
+// Whether the field shows text as its placeholder with the current placeholder attributes already.
+bool KRCheckListItemView::hasPlaceholder(const QString& text) const {
+    static const KRTextAttributes none;
+    const KRAttributedString& current = m_titleTextField->cell()->placeholderAttributedString();
+    const auto& runs = current.runs();
+    return current.string() == text && runs.size() == 1 &&
+           runs.front().attributes == (m_placeholderAttributes ? *m_placeholderAttributes : none);
+}
+
 void KRCheckListItemView::setPlaceholder(const QString& placeholder) {
     const QString oldPlaceholder = this->placeholder();
     const QString text = placeholder.isNull() ? QString(QLatin1String("")) : placeholder;
-    const KRAttributedString attributed(text, attributesOrNone(m_placeholderAttributes));
     // The list sets every row's placeholder after each change of its rows; most already have it.
-    if (!(m_titleTextField->cell()->placeholderAttributedString() == attributed)) {
+    if (!hasPlaceholder(text)) {
+        const KRAttributedString attributed(text, attributesOrNone(m_placeholderAttributes));
         KRTextFieldDelegate* fieldDelegate = m_titleTextField->KRTextField::delegate();
         m_titleTextField->setDelegate(nullptr);
         m_titleTextField->setPlaceholderAttributedString(attributed);

@@ -271,6 +271,7 @@ private:
     void checkListItemViewBeginTrackingMouse();
     void checkListItemViewEndTrackingMouse();
 
+    bool hasPlaceholder(const QString& text) const;
     void highlightOn();
     void highlightOffAnimated();
 

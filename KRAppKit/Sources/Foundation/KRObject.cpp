@@ -1,5 +1,7 @@
 #include "Foundation/KRObject.h"
 
+#include <QVarLengthArray>
+
 #include <algorithm>
 #include <cstdlib>
 #include <cstring>
@@ -182,11 +184,23 @@ bool KRObject::respondsToSelector(const KRSelector&) const {
 
 void KRObject::didChangeValueForKey(const char* keyPath, const QVariant& oldValue, const QVariant& newValue) {
     // Observers may add or remove registrations (or release this object) while being told; work from a
-    // snapshot and re-check each registration before calling it.
-    std::vector<Observation> matching = observationInfo();
-    std::erase_if(matching, [keyPath](const Observation& observation) {
-        return !sameKey(observation.keyPath, keyPath);
-    });
+    // snapshot and re-check each registration before calling it. A key has one or two observers as a rule,
+    // so the snapshot stays off the heap.
+    QVarLengthArray<Observation, 4> matching;
+    if (m_selfObservations) {
+        for (const SelfObservation* node = m_selfObservations; node; node = node->previous) {
+            if (sameKey(node->keyPath, keyPath)) {
+                matching.append(Observation{this, node->keyPath, node->options, node->context});
+            }
+        }
+        std::reverse(matching.begin(), matching.end());
+    } else if (m_side) {
+        for (const Observation& observation : m_side->observations) {
+            if (sameKey(observation.keyPath, keyPath)) {
+                matching.append(observation);
+            }
+        }
+    }
     if (matching.empty()) {
         return;
     }
