@@ -157,13 +157,7 @@ void KRCheckListView::updateByInsertingItemsAtIndexes(const KRIndexSet& indexSet
                              "Can't update by inserting items, no update in progress");
     checkListViewWillUpdateByInsertingItemsAtIndexes(this, indexes);
 
-    std::shared_ptr<KRCheckListItemTitleTextField> editedTitleTextField;
-    KRRange selectedRange{0, 0};
-    if (m_indexForEditedItem != KRNotFound) {
-        editedTitleTextField = m_checkListItemViews.at(m_indexForEditedItem)->titleTextField();
-        selectedRange = checkListViewSelectedRangeOfTitleTextField(editedTitleTextField.get());
-        endEditing();
-    }
+    const SavedEdit savedEdit = checkListViewEndEditingSavingTheEdit();
 
     // Ascending, every index is a final position: all smaller new indexes are in place before it. An index
     // past the end of the array at its turn is the array's range failure, before anything changes.
@@ -199,11 +193,7 @@ void KRCheckListView::updateByInsertingItemsAtIndexes(const KRIndexSet& indexSet
         setNeedsLayout(true);
     }
 
-    // The edit follows its item to the item's new index.
-    if (editedTitleTextField) {
-        beginEditingItemAtIndexSelectRange(checkListViewIndexForTitleTextField(editedTitleTextField.get()),
-                                           selectedRange);
-    }
+    checkListViewResumeEditing(savedEdit);
     checkListViewUpdatePlaceholderForEachItemView();
 
     checkListViewDidUpdateByInsertingItemsAtIndexes(this, indexes);
@@ -223,13 +213,7 @@ void KRCheckListView::updateByRemovingItemsAtIndexes(const KRIndexSet& indexSet)
                              "Can't update by removing items, no update in progress");
     checkListViewWillUpdateByRemovingItemsAtIndexes(this, indexes);
 
-    std::shared_ptr<KRCheckListItemTitleTextField> editedTitleTextField;
-    KRRange selectedRange{0, 0};
-    if (m_indexForEditedItem != KRNotFound) {
-        editedTitleTextField = m_checkListItemViews.at(m_indexForEditedItem)->titleTextField();
-        selectedRange = checkListViewSelectedRangeOfTitleTextField(editedTitleTextField.get());
-        endEditing();
-    }
+    const SavedEdit savedEdit = checkListViewEndEditingSavingTheEdit();
 
     // Kept alive until the end of the update.
     KRCheckListItemViews removedItemViews;
@@ -257,13 +241,7 @@ void KRCheckListView::updateByRemovingItemsAtIndexes(const KRIndexSet& indexSet)
         m_checkListItemViewsByIdentifier.remove(itemView->itemIdentifier());
     }
 
-    // An edited item that was removed stays un-edited.
-    if (editedTitleTextField) {
-        const KRUInteger index = checkListViewIndexForTitleTextField(editedTitleTextField.get());
-        if (index != KRNotFound) {
-            beginEditingItemAtIndexSelectRange(index, selectedRange);
-        }
-    }
+    checkListViewResumeEditing(savedEdit);
     checkListViewUpdatePlaceholderForEachItemView();
 
     checkListViewDidUpdateByRemovingItemsAtIndexes(this, indexes);
@@ -283,13 +261,7 @@ void KRCheckListView::updateByMovingItemsAtIndexesToIndex(const KRIndexSet& inde
                              "Can't update by moving items, no update in progress");
     checkListViewWillUpdateByMovingItemsAtIndexesToIndex(this, indexes, toIndex);
 
-    std::shared_ptr<KRCheckListItemTitleTextField> editedTitleTextField;
-    KRRange selectedRange{0, 0};
-    if (m_indexForEditedItem != KRNotFound) {
-        editedTitleTextField = m_checkListItemViews.at(m_indexForEditedItem)->titleTextField();
-        selectedRange = checkListViewSelectedRangeOfTitleTextField(editedTitleTextField.get());
-        endEditing();
-    }
+    const SavedEdit savedEdit = checkListViewEndEditingSavingTheEdit();
 
     // The moved rows, ascending, so the block keeps its order.
     const std::size_t count = m_checkListItemViews.size();
@@ -331,10 +303,7 @@ void KRCheckListView::updateByMovingItemsAtIndexesToIndex(const KRIndexSet& inde
         setNeedsLayout(true);
     }
 
-    if (editedTitleTextField) {
-        beginEditingItemAtIndexSelectRange(checkListViewIndexForTitleTextField(editedTitleTextField.get()),
-                                           selectedRange);
-    }
+    checkListViewResumeEditing(savedEdit);
     checkListViewUpdatePlaceholderForEachItemView();
 
     checkListViewDidUpdateByMovingItemsAtIndexesToIndex(this, indexes, toIndex);
@@ -347,4 +316,28 @@ void KRCheckListView::updateByMovingItemAtIndexToIndex(KRUInteger index, KRUInte
 void KRCheckListView::updateByMovingItemAtIndexToFinalIndex(KRUInteger index, KRUInteger finalIndex) {
     const KRUInteger toIndex = index <= finalIndex ? finalIndex + 1 : finalIndex;
     updateByMovingItemsAtIndexesToIndex(KRIndexSet(index), toIndex);
+}
+
+// Saving and resuming an edit across an update
+// ------------------------------------------------------------------------------------------------------
+
+KRCheckListView::SavedEdit KRCheckListView::checkListViewEndEditingSavingTheEdit() {
+    SavedEdit savedEdit;
+    if (m_indexForEditedItem != KRNotFound) {
+        savedEdit.titleTextField = m_checkListItemViews.at(m_indexForEditedItem)->titleTextField();
+        savedEdit.selectedRange = checkListViewSelectedRangeOfTitleTextField(savedEdit.titleTextField.get());
+        endEditing();
+    }
+    return savedEdit;
+}
+
+// The edit follows its item to the item's new index; an item that is gone stays un-edited.
+void KRCheckListView::checkListViewResumeEditing(const SavedEdit& savedEdit) {
+    if (!savedEdit.titleTextField) {
+        return;
+    }
+    const KRUInteger index = checkListViewIndexForTitleTextField(savedEdit.titleTextField.get());
+    if (index != KRNotFound) {
+        beginEditingItemAtIndexSelectRange(index, savedEdit.selectedRange);
+    }
 }

@@ -336,6 +336,13 @@ private:
 
     // The indexes the divider pass leaves out while a drag runs (empty at rest).
     KRIndexSet checkListViewIndexesOfDraggedItems() const;
+    // An edit ended by an update, to begin again on the same item once the rows have changed.
+    struct SavedEdit {
+        std::shared_ptr<KRCheckListItemTitleTextField> titleTextField;
+        KRRange selectedRange{0, 0};
+    };
+    SavedEdit checkListViewEndEditingSavingTheEdit();
+    void checkListViewResumeEditing(const SavedEdit& savedEdit);
     // The selection in the editor of the edited item's title, {0, 0} when nothing is edited.
     KRRange
     checkListViewSelectedRangeOfTitleTextField(const KRCheckListItemTitleTextField* titleTextField) const;
