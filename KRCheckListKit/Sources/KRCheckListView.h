@@ -9,6 +9,7 @@
 #include "Foundation/KRIndexSet.h"
 #include "Foundation/KRRange.h"
 #include "Foundation/KRTypes.h"
+#include "Views/KREvent.h"
 #include "Views/KRView.h"
 
 #include <QHash>
@@ -170,6 +171,26 @@ public:
     void selectAllItems();
     void deselectAllItems();
 
+    // Clicks ---------------------------------------------------------------------------------------------
+    // A click on a row: Command toggles it, Shift selects the range from the pivot, a plain click edits
+    // its title and puts the caret where the click was. Clicks that hit no row go on to the next responder.
+    void mouseDown(const KREvent& event) override;
+    // While a plain click's press lasts, the list follows it to hand drags and the release to the editor.
+    void mouseDragged(const KREvent& event) override;
+    void mouseUp(const KREvent& event) override;
+    bool checkListViewHandleMouseClick(const KREvent& event);
+    bool checkListViewHandleMouseClickForItemAtIndex(const KREvent& event, KRUInteger index);
+    bool checkListViewHandleMouseClickWithShiftKeyPressedForItemAtIndex(const KREvent& event,
+                                                                        KRUInteger index);
+    bool checkListViewHandleMouseClickWithCommandKeyPressedForItemAtIndex(const KREvent& event,
+                                                                          KRUInteger index);
+    // The pointer's current position on the screen, in view's coordinates.
+    KRPoint checkListViewMouseLocationInView(const KRView* view) const;
+    // While Command is held the list itself takes every click, so a Command-click on a title toggles its row.
+    KRView* hitTest(KRPoint point) override;
+    void mouseMoved(const KREvent& event) override;
+    void flagsChanged(const KREvent& event) override;
+
     // Editing --------------------------------------------------------------------------------------------
     // Edits the last item with the caret at its end, if nothing is edited and there are items.
     void beginEditing();
@@ -179,6 +200,20 @@ public:
     void beginEditingItemAtIndexSelectRangeUseTrackedInsertionPointInFirstLineInLastLine(
         KRUInteger index, KRRange range, bool useTrackedInsertionPoint, bool inFirstLine, bool inLastLine);
     void endEditing();
+    // Edits the item under point (list coordinates, clamped into the rows) with the caret nearest to it.
+    // Throws KRGenericException when the list is empty.
+    void beginEditingAtPoint(KRPoint point);
+    // Edits itemView's item with the caret at its end, or the last item when itemView is not a row here.
+    void checkListViewBeginEditingCheckListItemView(KRCheckListItemView* itemView);
+    // Whether the caret is on the first line of the first item, or on the last line of the last item.
+    bool isInsertionPointInFirstLine() const;
+    bool isInsertionPointInLastLine() const;
+    void checkListViewDetermineWetherInsertionPointIsInFirstLineInLastLine(bool* inFirstLine,
+                                                                           bool* inLastLine) const;
+    // The character nearest point in textView, with points in the top and bottom half line moved onto the
+    // first and last lines.
+    KRUInteger checkListViewCharacterIndexForInsertionAtPointInTextView(KRPoint point,
+                                                                        const KRTextView* textView) const;
 
     // Focus ----------------------------------------------------------------------------------------------
     // Both answer true. Becoming gains the focus (and edits the last item when nothing is selected);
@@ -189,6 +224,64 @@ public:
     // The did-messages of both follow on the next turn of the run loop.
     void checkListViewGainFocus();
     void checkListViewLoseFocus();
+
+    // Item commands: they act on the edited or selected items and then edit where the user expects ------
+    KRUInteger targetIndexForInsertingItemAboveEditedOrSelectedItems() const;
+    KRUInteger targetIndexForInsertingItemBelowEditedOrSelectedItems() const;
+    KRUInteger targetIndexForMovingEditedOrSelectedItemsUp() const;
+    KRUInteger targetIndexForMovingEditedOrSelectedItemsDown() const;
+    bool canInsertItemTop() const;
+    void insertItemTop();
+    bool canInsertItemBottom() const;
+    void insertItemBottom();
+    bool canInsertItemAboveEditedOrSelectedItems() const;
+    void insertItemAboveEditedOrSelectedItems();
+    bool canInsertItemBelowEditedOrSelectedItems() const;
+    void insertItemBelowEditedOrSelectedItems();
+    bool canMoveEditedOrSelectedItemsTop() const;
+    void moveEditedOrSelectedItemsTop();
+    bool canMoveEditedOrSelectedItemsBottom() const;
+    void moveEditedOrSelectedItemsBottom();
+    bool canMoveEditedOrSelectedItemsUp() const;
+    void moveEditedOrSelectedItemsUp();
+    bool canMoveEditedOrSelectedItemsDown() const;
+    void moveEditedOrSelectedItemsDown();
+    bool canDeleteEditedOrSelectedItemsBackward() const;
+    void deleteEditedOrSelectedItemsBackward();
+    bool canDeleteEditedOrSelectedItemsForward() const;
+    void deleteEditedOrSelectedItemsForward();
+    bool canToggleEditedOrSelectedItemsCompleted() const;
+    void toggleEditedOrSelectedItemsCompleted();
+    bool canToggleEditedOrSelectedItemsCanceled() const;
+    void toggleEditedOrSelectedItemsCanceled();
+    // Whether every item at indexes has status (true for no indexes).
+    bool checkListViewAllItemsAtIndexesHaveStatus(const KRIndexSet& indexes, KRUInteger status);
+
+    // Menu actions ---------------------------------------------------------------------------------------
+    // Cut, copy and delete act on selected items only; paste needs items or text on the general pasteboard.
+    bool canCut() const;
+    void cut();
+    bool canCopy() const;
+    void copy();
+    bool canPaste() const;
+    void paste();
+    bool canDelete() const;
+    void delete_();
+    bool canSelectAll() const;
+    void selectAll();
+    // Whether the menu item sending action ("cut:", "copy:", "paste:", "delete:", "selectAll:") is enabled;
+    // false for any other action.
+    bool validateMenuItem(const KRSelector& action) const;
+    bool tryToPerform(const KRSelector& action, KRObject* sender) override;
+    bool respondsToSelector(const KRSelector& selector) const override;
+
+    // Keyboard -------------------------------------------------------------------------------------------
+    // Keys reach the list while it is first responder (items selected, nothing edited); the commands of an
+    // edited title arrive through its row. Both go through checkListViewHandleCommand, which answers true
+    // when the list did the work and the text system must not.
+    void keyDown(const KREvent& event) override;
+    void doCommandBySelector(const KRSelector& selector) override;
+    bool checkListViewHandleCommand(const KRSelector& selector);
 
     // Layout and geometry --------------------------------------------------------------------------------
     KRCheckListViewLayout checkListViewLayoutForSize(KRSize size) const;
@@ -298,6 +391,9 @@ public:
     void checkListItemViewDidChangeSizeThatFits(KRCheckListItemView* itemView) override;
     void checkListItemViewDidEndEditingTitle(KRCheckListItemView* itemView) override;
     void checkListItemViewDidChangeHighlighted(KRCheckListItemView* itemView) override;
+    // The edited title's commands; after an unhandled moveUp: the caret keeps its tracked x on the next turn.
+    bool checkListItemViewTextViewDoCommandBySelector(KRCheckListItemView* itemView, KRTextView* textView,
+                                                      const KRSelector& selector) override;
     // The list's shared field editor edits every title.
     std::shared_ptr<KRTextView> checkListItemViewFieldEditorForView(KRCheckListItemView* itemView,
                                                                     KRView* view) override;
@@ -382,4 +478,6 @@ private:
     bool m_didHandleLastKeyDownEvent = false;
     bool m_dragging = false;
     bool m_updateScheduled = false;
+    // The press of a plain click, from the press to the release: its drags and its release go to the editor.
+    std::optional<KREvent> m_clickPressInFieldEditor;
 };
