@@ -296,8 +296,9 @@ TEST_F(KRCheckListViewCommandsTests, MoveUpMovesTheEditedItemAndKeepsItsCaret) {
     showItems({"a", "b", "c", "d"});
     editItem(2, KRMakeRange(3, 2));
     list->moveEditedOrSelectedItemsUp();
-    EXPECT_EQ(log->messages().first(), QStringLiteral("willMoveItemsAtIndexes {2} toIndex 1"));
-    EXPECT_EQ(log->messages().last(), QStringLiteral("didMoveItemsAtIndexes {2} toIndex 1"));
+    EXPECT_EQ(log->messages().value(0).toStdString(), "willMoveItemsAtIndexes {2} toIndex 1");
+    EXPECT_EQ(log->messages().value(log->messages().size() - 1).toStdString(),
+              "didMoveItemsAtIndexes {2} toIndex 1");
     EXPECT_EQ(linesOf(dataSource->identifiers()), linesOf(QStringList{"a", "c", "b", "d"}));
     EXPECT_EQ(linesOf(rowIdentifiers()), linesOf(QStringList{"a", "c", "b", "d"}));
     EXPECT_EQ(list->indexForEditedItem(), 1u);
