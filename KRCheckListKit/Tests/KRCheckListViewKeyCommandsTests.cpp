@@ -824,6 +824,22 @@ TEST_F(KRCheckListViewKeyCommandsTests, RangeSelectionDownwardGrowsAndShrinksAro
     EXPECT_EQ(selection(), indexesOf(KRIndexSet{0, 1}));
 }
 
+TEST_F(KRCheckListViewKeyCommandsTests, ShiftUpAtTheStartOfTheFirstItemSelectsItAlone) {
+    showTitles({"Milk", "Eggs"});
+    edit(0, KRMakeRange(0, 0));
+    pressKey(Qt::Key_Up, Qt::ShiftModifier);
+    EXPECT_EQ(list->indexForEditedItem(), KRNotFound);
+    EXPECT_EQ(selection(), indexesOf(KRIndexSet{0}));
+}
+
+TEST_F(KRCheckListViewKeyCommandsTests, ShiftDownAtTheEndOfTheLastItemSelectsItAlone) {
+    showTitles({"Milk", "Eggs"});
+    edit(1, KRMakeRange(4, 0));
+    pressKey(Qt::Key_Down, Qt::ShiftModifier);
+    EXPECT_EQ(list->indexForEditedItem(), KRNotFound);
+    EXPECT_EQ(selection(), indexesOf(KRIndexSet{1}));
+}
+
 TEST_F(KRCheckListViewKeyCommandsTests, ShiftUpInsideATitleExtendsTheTextSelection) {
     showTitles({"Milk", "Eggs"});
     edit(1, KRMakeRange(3, 0));
