@@ -476,18 +476,32 @@ bool KRCheckListItemView::hasPlaceholder(const QString& text) const {
 }
 
 void KRCheckListItemView::setPlaceholder(const QString& placeholder) {
-    const QString oldPlaceholder = this->placeholder();
-    const QString text = placeholder.isNull() ? QString(QLatin1String("")) : placeholder;
-    // The list sets every row's placeholder after each change of its rows; most already have it.
-    if (!hasPlaceholder(text)) {
-        const KRAttributedString attributed(text, attributesOrNone(m_placeholderAttributes));
-        KRTextFieldDelegate* fieldDelegate = m_titleTextField->KRTextField::delegate();
-        m_titleTextField->setDelegate(nullptr);
-        m_titleTextField->setPlaceholderAttributedString(attributed);
-        m_titleTextField->setDelegate(fieldDelegate, dynamic_cast<const KRObject*>(fieldDelegate));
+    // The list sets every row's placeholder after each change of its rows, and nearly all already show it:
+    // nothing changes, so there is nothing to tell the observers either.
+    if (placeholder.isEmpty() && m_showsCurrentEmptyPlaceholder) {
+        return;
     }
+    const QString text = placeholder.isNull() ? QString(QLatin1String("")) : placeholder;
+    m_showsCurrentEmptyPlaceholder = text.isEmpty();
+    if (hasPlaceholder(text)) {
+        return;
+    }
+    const QString oldPlaceholder = this->placeholder();
+    const KRAttributedString attributed(text, attributesOrNone(m_placeholderAttributes));
+    KRTextFieldDelegate* fieldDelegate = m_titleTextField->KRTextField::delegate();
+    m_titleTextField->setDelegate(nullptr);
+    m_titleTextField->setPlaceholderAttributedString(attributed);
+    m_titleTextField->setDelegate(fieldDelegate, dynamic_cast<const KRObject*>(fieldDelegate));
     if (hasObserversForKey("placeholder")) {
         didChangeValueForKey("placeholder", oldPlaceholder, this->placeholder());
+    }
+}
+
+void KRCheckListItemView::clearPlaceholderOfTitleCell() {
+    if (KRTextFieldCell* cell = m_titleTextField->cell()) {
+        cell->setPlaceholderString(QStringLiteral(""));
+        m_showsCurrentEmptyPlaceholder = false;
+        m_titleTextField->setNeedsDisplay();
     }
 }
 
@@ -652,7 +666,12 @@ void KRCheckListItemView::update() {
     });
 
     m_titleAttributes = sharedAttributes(titleAttributes);
-    m_placeholderAttributes = sharedAttributes(placeholderAttributes);
+    std::shared_ptr<const KRTextAttributes> newPlaceholderAttributes =
+        sharedAttributes(placeholderAttributes);
+    if (newPlaceholderAttributes != m_placeholderAttributes) {
+        m_placeholderAttributes = std::move(newPlaceholderAttributes);
+        m_showsCurrentEmptyPlaceholder = false;
+    }
 
     m_titleTextField->setAttributedStringValue(
         KRAttributedString(m_titleTextField->stringValue(), titleAttributes));

@@ -104,6 +104,9 @@ public:
     QString placeholder() const;
     // Sent to the field with its delegate detached, so the change reaches no delegate.
     void setPlaceholder(const QString& placeholder);
+    // Leaves the title's cell a plain empty placeholder, without the row's placeholder attributes (what an
+    // edit leaves behind when it ends).
+    void clearPlaceholderOfTitleCell();
     KRUInteger status() const { return m_status; }
     void setStatus(KRUInteger status);
     double minHeight() const { return m_minHeight; }
@@ -311,4 +314,7 @@ private:
     bool m_highlighted = false;
     bool m_updating = false;
     bool m_updateScheduled = false;
+    // The field shows an empty placeholder with the current placeholder attributes, so setting an empty
+    // one again changes nothing. Kept because the list sets every row's placeholder after each update.
+    bool m_showsCurrentEmptyPlaceholder = false;
 };

@@ -116,8 +116,7 @@ void KRCheckListView::endEditing() {
     KRCheckListItemTitleTextField& titleTextField = *itemView.titleTextField();
     if (KRTextFieldCell* cell = titleTextField.cell()) {
         cell->endEditing(titleTextField.currentEditor());
-        cell->setPlaceholderString(QStringLiteral(""));
-        titleTextField.setNeedsDisplay();
+        itemView.clearPlaceholderOfTitleCell();
     }
     titleTextField.setEditable(false);
     if (KRWindow* window = this->window()) {

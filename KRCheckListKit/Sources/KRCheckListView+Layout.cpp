@@ -89,11 +89,17 @@ void KRCheckListView::layoutSubviews() {
     const KRCheckListViewLayout layout = checkListViewLayoutForSize(bounds.size);
 
     const std::size_t frameCount = layout.itemViewFrames.size();
+    // Once one row moves, the whole list is marked for display, and the rows it covers need not each mark
+    // where they were and where they go: inserting at the top of a long list moves every row below.
+    std::optional<KRView::SubviewDisplayCoverage> displayCoverage;
     for (std::size_t index = 0; index < m_checkListItemViews.size(); ++index) {
         KRCheckListItemView* itemView = m_checkListItemViews[index].get();
         const KRRect frame = index < frameCount ? layout.itemViewFrames[index] : KRRectZero;
         if (itemView->frame() == frame) {
             continue;
+        }
+        if (!displayCoverage) {
+            displayCoverage.emplace(this);
         }
         // A dragged row that the mouse moves is placed at once: it sticks to the pointer while the others
         // glide along whatever animation the caller opened. (performNonAnimated with false only runs its

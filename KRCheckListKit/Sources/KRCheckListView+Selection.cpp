@@ -35,10 +35,8 @@ void KRCheckListView::selectItemsAtIndexesByExtendingSelection(const KRIndexSet&
             ++range;
         }
         const bool selected = range != ranges.cend() && KRLocationInRange(index, *range);
-        KRCheckListItemView& itemView = *m_checkListItemViews[index];
-        if (itemView.isSelected() != selected) {
-            itemView.setSelected(selected);
-        }
+        // Every row is told, also those whose flag stays as it is.
+        m_checkListItemViews[index]->setSelected(selected);
     }
 
     m_indexesForSelectedItems = selectedIndexes;

@@ -528,8 +528,51 @@ void KRView::sizeToFit() {
 
 // Display ------------------------------------------------------------------------------------------------
 
+namespace {
+// The coverage in force (see SubviewDisplayCoverage); innermost first.
+const KRView::SubviewDisplayCoverage* currentDisplayCoverage = nullptr;
+} // namespace
+
+KRView::SubviewDisplayCoverage::SubviewDisplayCoverage(KRView* view) : m_previous(currentDisplayCoverage) {
+    view->setNeedsDisplay();
+    KRWindow* window = view->window();
+    // A scaled view draws its subviews elsewhere than their frames say; it gets no shortcut.
+    if (!window || view->looks().scale != 1.0 || view->presentationScale() != 1.0) {
+        return;
+    }
+    m_view = view;
+    m_offsetToWindow = view->convertPointToView(KRPointZero, nullptr);
+    m_markedInWindow =
+        view->m_superview ? view->m_superview->convertRectToView(view->m_frame, nullptr) : view->m_frame;
+    const KRView* content = window->contentView();
+    m_contentInWindow = content ? content->frame() : KRRectNull;
+    currentDisplayCoverage = this;
+}
+
+KRView::SubviewDisplayCoverage::~SubviewDisplayCoverage() {
+    if (currentDisplayCoverage == this) {
+        currentDisplayCoverage = m_previous;
+    }
+}
+
+bool KRView::SubviewDisplayCoverage::covers(const KRView& subview) const {
+    if (subview.m_superview != m_view || subview.hasRunningAnimations()) {
+        return false;
+    }
+    const Looks& looks = subview.looks();
+    if (looks.shadowOpacity > 0.0 || looks.scale != 1.0) {
+        return false;
+    }
+    const KRRect inWindow = KRRectOffset(subview.m_frame, m_offsetToWindow.x, m_offsetToWindow.y);
+    return KRRectContainsRect(m_markedInWindow, inWindow) ||
+           !KRRectIntersectsRect(m_contentInWindow, inWindow);
+}
+
 void KRView::setNeedsDisplay() {
     if (!m_window) {
+        return;
+    }
+    if (currentDisplayCoverage && currentDisplayCoverage->covers(*this)) {
         return;
     }
     KRRect visual = KRRectUnion(m_frame, presentationFrame());

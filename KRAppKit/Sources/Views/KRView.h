@@ -126,6 +126,26 @@ public:
     // Display --------------------------------------------------------------------------------------------
     void setNeedsDisplay();
     void setNeedsDisplayInRect(KRRect rect);
+    // Marks view whole for display; while the object lives, direct subviews of view that show no shadow or
+    // scale and do not animate skip marking themselves when they lie inside that marked area or outside the
+    // window's content. For views that move thousands of subviews at once (a long list shifting its rows).
+    class SubviewDisplayCoverage {
+    public:
+        explicit SubviewDisplayCoverage(KRView* view);
+        ~SubviewDisplayCoverage();
+        SubviewDisplayCoverage(const SubviewDisplayCoverage&) = delete;
+        SubviewDisplayCoverage& operator=(const SubviewDisplayCoverage&) = delete;
+
+        // Whether marking subview's frame would add nothing.
+        bool covers(const KRView& subview) const;
+
+    private:
+        const KRView* m_view = nullptr;
+        KRPoint m_offsetToWindow;
+        KRRect m_markedInWindow;
+        KRRect m_contentInWindow;
+        const SubviewDisplayCoverage* m_previous = nullptr;
+    };
     // Draws the view's own content in its bounds coordinates; background, border and shadow are drawn for
     // it. The painter is already translated, clipped (when masksToBounds) and faded.
     virtual void draw(QPainter& painter, KRRect dirtyRect);
