@@ -1021,6 +1021,10 @@ TEST_F(KRCheckListViewEditingTests, GainingTheFocusTwiceInARowFailsBeforeTelling
 }
 
 TEST_F(KRCheckListViewEditingTests, LosingTheFocusTwiceInARowFailsBeforeTellingTheDelegateAgain) {
+    list->checkListViewGainFocus();
+    KRRunLoop::main().runUntilIdle();
+    list->checkListViewLoseFocus();
+    log->clear();
     const std::optional<KRCheckListViewTesting::AssertionFailure> failure =
         KRCheckListViewTesting::assertionFailureOf([&] { list->checkListViewLoseFocus(); });
     ASSERT_TRUE(failure.has_value());
