@@ -393,6 +393,21 @@ TEST_F(KRCheckListViewClickTests, ClickBelowTheLastRowChangesNothingAndGoesToThe
     EXPECT_TRUE(list->hasFocus());
 }
 
+TEST_F(KRCheckListViewClickTests, ClickOnARowIsHandledByTheListAndNotPassedOn) {
+    const auto recorder = std::make_shared<MouseDownRecordingView>(KRRectMake(0, 0, 400, 800));
+    content->addSubview(recorder);
+    recorder->addSubview(list);
+    showTitles({"Milk", "Eggs", "Bread"});
+
+    click(pointInTitleOfRow(0, 2.0));
+    click(pointInTitleOfRow(1, 2.0), Qt::ShiftModifier);
+    click(pointInTitleOfRow(2, 2.0), Qt::ControlModifier);
+    click(pointInPaddingOfRow(2));
+
+    EXPECT_EQ(recorder->mouseDowns, 0);
+    EXPECT_EQ(list->indexForEditedItem(), 2u);
+}
+
 TEST_F(KRCheckListViewClickTests, ClickOnAnEmptyListGoesToTheNextResponder) {
     const auto recorder = std::make_shared<MouseDownRecordingView>(KRRectMake(0, 0, 400, 800));
     content->addSubview(recorder);
@@ -609,4 +624,25 @@ TEST_F(KRCheckListViewClickTests, PressingCommandShowsTheArrowAndReleasingItLeav
     sendModifierKey(QEvent::KeyPress, Qt::Key_Shift, Qt::ShiftModifier);
     EXPECT_EQ(KRCursor::currentCursor(), KRCursor::pointingHandCursor());
     sendModifierKey(QEvent::KeyRelease, Qt::Key_Shift, Qt::NoModifier);
+}
+
+// The pointer's position
+// ------------------------------------------------------------------------------------------------------
+
+TEST_F(KRCheckListViewSelectionTests, TheMouseLocationInAViewIsThePointerOnTheScreenSeenFromThatView) {
+    window.setScreenOrigin(KRPointMake(200.0, 100.0));
+    list->setFrameOrigin(KRPointMake(10.0, 20.0));
+    KREvent::setMouseLocation(KRPointMake(260.0, 170.0));
+
+    EXPECT_EQ(list->checkListViewMouseLocationInView(list.get()), KRPointMake(50.0, 50.0));
+    EXPECT_EQ(list->checkListViewMouseLocationInView(content.get()), KRPointMake(60.0, 70.0));
+}
+
+TEST_F(KRCheckListViewSelectionTests, TheMouseLocationInAViewWithoutAWindowIsTheWindowOriginSeenFromTheView) {
+    const auto detached = std::make_shared<KRView>(KRRectMake(30.0, 40.0, 100.0, 100.0));
+    KREvent::setMouseLocation(KRPointMake(260.0, 170.0));
+    const KRPoint expected = detached->convertPointFromView(KRPointZero, nullptr);
+    EXPECT_EQ(list->checkListViewMouseLocationInView(detached.get()), expected);
+    KREvent::setMouseLocation(KRPointMake(5.0, 5.0));
+    EXPECT_EQ(list->checkListViewMouseLocationInView(detached.get()), expected);
 }
