@@ -898,16 +898,6 @@ TEST_F(KRCheckListViewEditingTests, APointBelowTheTextViewIsMovedHalfALineIntoIt
         textView->characterIndexForInsertionAtPoint(KRPoint{50.0, 20.0}));
 }
 
-TEST_F(KRCheckListViewEditingTests, APointLeftOrRightOfTheTextViewIsMovedOntoItsEdge) {
-    const std::unique_ptr<KRTextView> textView = wrappedTextView(54.0);
-    EXPECT_EQ(
-        list->checkListViewCharacterIndexForInsertionAtPointInTextView(KRPoint{-80.0, 27.0}, textView.get()),
-        textView->characterIndexForInsertionAtPoint(KRPoint{0.0, 27.0}));
-    EXPECT_EQ(
-        list->checkListViewCharacterIndexForInsertionAtPointInTextView(KRPoint{900.0, 27.0}, textView.get()),
-        textView->characterIndexForInsertionAtPoint(KRPoint{120.0, 27.0}));
-}
-
 // Focus transitions
 // ------------------------------------------------------------------------------------------------------
 

@@ -277,6 +277,7 @@ TEST_F(KRCheckListViewClickTests, PlainClickInTheLeftHalfOfTheTitleLeavesTheCare
     showTitles({"Milk", "Hello world"});
     click(pointInTitleOfRow(1, 3.0));
     ASSERT_EQ(list->indexForEditedItem(), 1u);
+    EXPECT_EQ(editedSelection(), (KRRange{0, 0}));
     EXPECT_EQ(list->fieldEditor()->selectionAffinity(), KRTextView::SelectionAffinityDownstream);
 }
 
