@@ -1,12 +1,15 @@
-// KRCheckListView: editing a title in place through the list's field editor, the list's focus as far as
-// editing needs it, and the placeholder rule. Clicks, keys and editing at a point come later.
+// KRCheckListView: editing a title in place through the list's field editor, where the caret goes, the
+// list's focus, and the placeholder rule.
 #include "KRCheckListView.h"
+
+#include "KRCheckListDefaults.h"
 
 #include "Foundation/KRAssertionHandler.h"
 #include "Foundation/KRRunLoop.h"
 #include "Views/KRWindow.h"
 
 #include <algorithm>
+#include <cmath>
 
 #define KR_CHECKLIST_VIEW_ASSERT(condition, method, message)                                                 \
     KRAssert((condition), QStringLiteral(method), this, QStringLiteral("KRCheckListView"), __LINE__,         \
@@ -128,6 +131,90 @@ void KRCheckListView::endEditing() {
     m_endingEditing = false;
 }
 
+// Edits the row under the point; the caret goes where the unclamped point is, so a point below the last row
+// puts it on that row's last line.
+void KRCheckListView::beginEditingAtPoint(KRPoint point) {
+    const KRUInteger count = numberOfItems();
+    if (count == 0) {
+        throw KRGenericException(
+            QStringLiteral("Can't begin editing item at point because the check list is empty"));
+    }
+    const KRPoint pointInRows = checkListViewMovePoint(point, rectOfItemsInRange(KRRange{0, count}));
+    const KRPoint pointOnScreen = convertPointToScreen(point);
+    const KRUInteger index = indexOfItemAtPoint(pointInRows);
+    KR_CHECKLIST_VIEW_ASSERT(index != KRNotFound, "beginEditingAtPoint",
+                             "Internal inconsistency, index can't be nil here since the point is definitely "
+                             "known to hit at least one item view");
+    m_insertionPointRectOnScreen = KRRect{pointOnScreen, KRSizeZero};
+    beginEditingItemAtIndexSelectRangeUseTrackedInsertionPointInFirstLineInLastLine(index, KRRange{0, 0},
+                                                                                    true, false, false);
+}
+
+void KRCheckListView::checkListViewBeginEditingCheckListItemView(KRCheckListItemView* itemView) {
+    KR_CHECKLIST_VIEW_ASSERT(itemView, "checkListViewBeginEditingCheckListItemView:",
+                             "Can't begin editing check list item view, check list item view is nil");
+    const KRUInteger index = checkListViewIndexForItemView(itemView);
+    if (index != KRNotFound) {
+        beginEditingItemAtIndexSelectRange(index, KRRange{KRUIntegerMax, 0});
+    } else {
+        beginEditing();
+    }
+}
+
+// Where the caret is, relative to the whole list
+// ------------------------------------------------------------------------------------------------------
+
+bool KRCheckListView::isInsertionPointInFirstLine() const {
+    bool inFirstLine = false;
+    bool inLastLine = false;
+    checkListViewDetermineWetherInsertionPointIsInFirstLineInLastLine(&inFirstLine, &inLastLine);
+    return inFirstLine;
+}
+
+bool KRCheckListView::isInsertionPointInLastLine() const {
+    bool inFirstLine = false;
+    bool inLastLine = false;
+    checkListViewDetermineWetherInsertionPointIsInFirstLineInLastLine(&inFirstLine, &inLastLine);
+    return inLastLine;
+}
+
+// The first line of the first item and the last line of the last item: a caret on the first line of any
+// other title is in neither.
+void KRCheckListView::checkListViewDetermineWetherInsertionPointIsInFirstLineInLastLine(
+    bool* inFirstLine, bool* inLastLine) const {
+    *inFirstLine = false;
+    *inLastLine = false;
+    if (m_indexForEditedItem == KRNotFound) {
+        return;
+    }
+    const KRTextView& editor = *m_fieldEditor;
+    const KRUInteger location = editor.selectedRange().location;
+    const KRUInteger length = editor.length();
+    KRRect lastLine = KRRectZero;
+    KRRect caretLine = KRRectZero;
+    if (length >= 2) {
+        lastLine = editor.lineFragmentRectForCharacterAtIndex(length - 1, nullptr);
+        caretLine =
+            location == length ? lastLine : editor.lineFragmentRectForCharacterAtIndex(location, nullptr);
+    }
+    *inFirstLine = m_indexForEditedItem == 0 && caretLine.origin.y <= 0.0;
+    *inLastLine = m_indexForEditedItem == numberOfItems() - 1 && lastLine.origin.y <= caretLine.origin.y;
+}
+
+// Half a line in from the top and the bottom, so clicks in a row's padding land on its first or last line.
+KRUInteger
+KRCheckListView::checkListViewCharacterIndexForInsertionAtPointInTextView(KRPoint point,
+                                                                          const KRTextView* textView) const {
+    const double inset = std::floor(KRCheckListDefaults::lineHeight() * 0.5);
+    const KRRect bounds = textView->bounds();
+    KRRect probeArea = KRRectInset(bounds, 0.0, inset);
+    // A view shorter than a line keeps only its middle.
+    if (KRRectIsNull(probeArea)) {
+        probeArea = KRRect{KRPoint{bounds.origin.x, KRRectGetMidY(bounds)}, KRSize{bounds.size.width, 0.0}};
+    }
+    return textView->characterIndexForInsertionAtPoint(checkListViewMovePoint(point, probeArea));
+}
+
 // The title field finished editing on its own (the focus went elsewhere): the edit ends and the list
 // loses the focus, unless the list itself is the cause.
 void KRCheckListView::checkListItemViewDidEndEditingTitle(KRCheckListItemView*) {
@@ -161,8 +248,10 @@ void KRCheckListView::checkListViewUpdatePlaceholderForEachItemView() {
 // Focus
 // ------------------------------------------------------------------------------------------------------
 
+// A click never makes the list first responder on its own: a Command-click must still find the edited item
+// edited, and a plain click gains the focus itself. The list takes the focus when made first responder.
 bool KRCheckListView::acceptsFirstResponder() const {
-    return true;
+    return false;
 }
 
 bool KRCheckListView::becomeFirstResponder() {

@@ -216,8 +216,10 @@ public:
                                                                         const KRTextView* textView) const;
 
     // Focus ----------------------------------------------------------------------------------------------
-    // Both answer true. Becoming gains the focus (and edits the last item when nothing is selected);
-    // resigning loses it and ends editing, except while the list is gaining focus or beginning an edit.
+    // Clicks never make the list first responder by themselves (it does not accept it), but it can be made
+    // first responder. Becoming and resigning both answer true. Becoming gains the focus (and edits the last
+    // item when nothing is selected); resigning loses it and ends editing, except while the list is gaining
+    // focus or beginning an edit.
     bool acceptsFirstResponder() const override;
     bool becomeFirstResponder() override;
     bool resignFirstResponder() override;
@@ -446,6 +448,24 @@ private:
     // that order), configured inside one update of the row; reloadItems also gives it a minimum height.
     std::shared_ptr<KRCheckListItemView>
     checkListViewMakeItemViewForItemAtIndex(KRUInteger index, std::optional<double> minHeight);
+
+    // Clicks: after the press that began editing is released, the caret goes to the clicked character.
+    void checkListViewPlaceCaretAfterClick(const KREvent& press);
+
+    // Keyboard commands.
+    struct CommandContext;
+    KRTextView* checkListViewTextViewForCommands() const;
+    void checkListViewReadCommandContext(CommandContext& context) const;
+    void checkListViewTrackInsertionPointForCommand(const KRSelector& selector,
+                                                    const CommandContext& context);
+    bool checkListViewApplyCommand(const KRSelector& selector, const CommandContext& context);
+    void checkListViewMergeTitles(KRUInteger keptIndex, const QString& mergedTitle, KRUInteger caretLocation,
+                                  KRUInteger removedIndex);
+    void checkListViewInsertNewline(const CommandContext& context);
+    void checkListViewSelectRangeUpward(const CommandContext& context);
+    void checkListViewSelectRangeDownward(const CommandContext& context);
+    void checkListViewPerformAnimatedMove(void (KRCheckListView::*move)());
+    void checkListViewKeepTrackedCaretAfterMoveUp(KRTextView& textView);
 
     std::weak_ptr<KRCheckListViewDataSource> m_dataSource;
     KRClientMethods m_dataSourceMethods;

@@ -176,6 +176,14 @@ KRView* KRWindow::mouseDownView() const {
     return m_mouseDownView.get();
 }
 
+bool KRWindow::trackCurrentPressWithView(KRView* view) {
+    if (!m_mouseDownView) {
+        return false;
+    }
+    m_mouseDownView = KRWeak<KRView>(view);
+    return true;
+}
+
 void KRWindow::dispatchMouseDown(const KREvent& event) {
     KRView* hit = m_contentView ? m_contentView->hitTest(event.locationInWindow()) : nullptr;
     if (!hit) {

@@ -38,6 +38,9 @@ public:
     void sendEvent(const KREvent& event);
     // The view that took the current mouse down (null when no button is held).
     KRView* mouseDownView() const;
+    // Hands the rest of the current press, its drags and its release, to view: how a view follows the mouse
+    // from press to release without a tracking loop of its own. Answers false when no press is under way.
+    bool trackCurrentPressWithView(KRView* view);
     bool isKeyWindow() const { return m_keyWindow; }
     void setKeyWindow(bool key) { m_keyWindow = key; }
 
