@@ -44,7 +44,15 @@ public:
         return KRTodoStore::checkListViewValidateChangedTitleForItemAtIndex(checkListView, title, index);
     }
 
+    // The commands the list's command decision offers the delegate first.
+    bool checkListViewTextViewDoCommandBySelector(KRCheckListView*, KRTextView*,
+                                                  const KRSelector& selector) override {
+        commands << selector.name();
+        return false;
+    }
+
     std::vector<std::pair<KRUInteger, QString>> validatedTitles;
+    QStringList commands;
 };
 
 std::shared_ptr<TitleRecordingStore> makeStore(const std::vector<QString>& titles) {
@@ -344,16 +352,24 @@ TEST_F(KRTodoMenusTests, ListKeysStillReachTheListBesideTheMenus) {
     EXPECT_EQ(list().indexesForSelectedItems(), KRIndexSet(KRRange{0, 4}));
 }
 
-TEST_F(KRTodoMenusTests, PastingTwoLinesWhileEditingMakesTwoItems) {
+// While a title is edited, Paste and Select All reach the list's command decision, whether they come from
+// the menu or from their keys.
+TEST_F(KRTodoMenusTests, PasteAndSelectAllWhileEditingReachTheListAsCommands) {
+    list().setDelegate(store);
     auto pasteboard = KRPasteboard::generalPasteboard();
     pasteboard->declareTypes({KRPasteboardTypeString}, nullptr);
     pasteboard->setString(QStringLiteral("foxtrot\ngolf\n"), KRPasteboardTypeString);
     edit(1, KRRange{KRUIntegerMax, 0});
+    store->commands.clear();
+
     press(Qt::Key_V, Qt::ControlModifier);
-    EXPECT_EQ(storeTitles(),
-              (QStringList{QStringLiteral("alpha"), QStringLiteral("bravo"), QStringLiteral("foxtrot"),
-                           QStringLiteral("golf"), QStringLiteral("charlie"), QStringLiteral("delta"),
-                           QStringLiteral("echo")}));
+    ASSERT_TRUE(menus().perform(Command::Paste));
+    ASSERT_TRUE(menus().perform(Command::SelectAll));
+    EXPECT_EQ(store->commands, (QStringList{QStringLiteral("paste:"), QStringLiteral("paste:"),
+                                            QStringLiteral("selectAll:")}));
+    // The first Select All selects the edited title.
+    ASSERT_NE(fieldEditor(), nullptr);
+    EXPECT_EQ(fieldEditor()->selectedRange().length, 5u);
 }
 
 TEST_F(KRTodoMenusTests, KeyOfADisabledEditItemDoesNothing) {
