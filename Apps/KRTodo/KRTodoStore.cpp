@@ -191,6 +191,10 @@ void KRTodoStore::setSizeThatFitsChangedHandler(std::function<void(KRCheckListVi
     m_sizeThatFitsChangedHandler = std::move(handler);
 }
 
+void KRTodoStore::setDidBeginEditingHandler(std::function<void(KRCheckListView*, KRUInteger)> handler) {
+    m_didBeginEditingHandler = std::move(handler);
+}
+
 // Identifiers and statuses -------------------------------------------------------------------------------
 
 bool KRTodoStore::hasIdentifier(const QString& identifier) const {
@@ -276,5 +280,11 @@ void KRTodoStore::checkListViewSetTitleForItemAtIndex(KRCheckListView* checkList
 void KRTodoStore::checkListViewDidChangeSizeThatFits(KRCheckListView* checkListView) {
     if (m_sizeThatFitsChangedHandler) {
         m_sizeThatFitsChangedHandler(checkListView);
+    }
+}
+
+void KRTodoStore::checkListViewDidBeginEditingItemAtIndex(KRCheckListView* checkListView, KRUInteger index) {
+    if (m_didBeginEditingHandler) {
+        m_didBeginEditingHandler(checkListView, index);
     }
 }

@@ -49,6 +49,8 @@ public:
 
     // Called whenever the list's fitting size changes, so that its host can follow it.
     void setSizeThatFitsChangedHandler(std::function<void(KRCheckListView*)> handler);
+    // Called whenever the list has begun editing an item, so that its host can show the caret.
+    void setDidBeginEditingHandler(std::function<void(KRCheckListView*, KRUInteger)> handler);
 
     // KRCheckListViewDataSource ---------------------------------------------------------------------------
     KRUInteger checkListViewNumberOfItems(KRCheckListView* checkListView) override;
@@ -74,6 +76,7 @@ public:
 
     // KRCheckListViewDelegate -----------------------------------------------------------------------------
     void checkListViewDidChangeSizeThatFits(KRCheckListView* checkListView) override;
+    void checkListViewDidBeginEditingItemAtIndex(KRCheckListView* checkListView, KRUInteger index) override;
 
 private:
     bool hasItemAtIndex(KRUInteger index) const { return index < m_items.size(); }
@@ -85,4 +88,5 @@ private:
     std::vector<KRTodoItem> m_items;
     KRUInteger m_nextIdentifierNumber = 1;
     std::function<void(KRCheckListView*)> m_sizeThatFitsChangedHandler;
+    std::function<void(KRCheckListView*, KRUInteger)> m_didBeginEditingHandler;
 };

@@ -1,13 +1,17 @@
 #include "KRTodoWindow.h"
 
+#include "KRTodoMenus.h"
 #include "KRTodoStore.h"
 
 #include "KRCheckListView.h"
 
 #include "Foundation/KRRunLoop.h"
 #include "Platform/KRHostWidget.h"
+#include "Text/KRTextView.h"
+#include "Views/KRWindow.h"
 
 #include <QCoreApplication>
+#include <QEvent>
 #include <QPointer>
 #include <QScrollArea>
 
@@ -22,6 +26,8 @@ constexpr int kInitialWindowWidth = 480;
 constexpr int kInitialWindowHeight = 560;
 // How many rounds of events settle() runs at most; a round in which nothing changes ends it earlier.
 constexpr int kMaximumSettleRounds = 50;
+// How much room the caret keeps from the viewport's top and bottom edges when it is scrolled into view.
+constexpr int kCaretMargin = 8;
 
 } // namespace
 
@@ -30,12 +36,15 @@ KRTodoWindow::KRTodoWindow(std::shared_ptr<KRTodoStore> store, QWidget* parent)
     setWindowTitle(QStringLiteral("KRTodo"));
     setUpCheckListView();
     setUpScrollArea();
+    m_menus = std::make_unique<KRTodoMenus>(*this, *m_hostWidget, *m_checkListView);
     resize(kInitialWindowWidth, kInitialWindowHeight);
     m_checkListView->reloadItems();
 }
 
 KRTodoWindow::~KRTodoWindow() {
+    m_hostWidget->removeEventFilter(this);
     m_store->setSizeThatFitsChangedHandler(nullptr);
+    m_store->setDidBeginEditingHandler(nullptr);
 }
 
 void KRTodoWindow::setUpCheckListView() {
@@ -43,11 +52,13 @@ void KRTodoWindow::setUpCheckListView() {
     m_checkListView->setDataSource(m_store);
     m_checkListView->setDelegate(m_store);
     m_store->setSizeThatFitsChangedHandler([this](KRCheckListView*) { scheduleHeightUpdate(); });
+    m_store->setDidBeginEditingHandler([this](KRCheckListView*, KRUInteger) { scheduleCaretReveal(); });
 
     // The host sizes the list to itself: as wide as the viewport, and at least as tall as the rows.
     m_hostWidget = new KRHostWidget;
     m_hostWidget->setContentView(m_checkListView);
     m_hostWidget->setResizesContentView(true);
+    m_hostWidget->installEventFilter(this);
 }
 
 void KRTodoWindow::setUpScrollArea() {
@@ -79,6 +90,58 @@ void KRTodoWindow::updateHeight() {
     // A zero size asks for the fitting size of the last layout pass without laying out again.
     const KRSize fitting = m_checkListView->sizeThatFits(KRSizeZero);
     m_hostWidget->setMinimumHeight(static_cast<int>(std::ceil(fitting.height)));
+}
+
+// Caret
+// -------------------------------------------------------------------------------------------------------
+
+bool KRTodoWindow::eventFilter(QObject* watched, QEvent* event) {
+    // Typing and moving between rows move the caret, and may add rows that the host has yet to grow for.
+    if (watched == m_hostWidget && event->type() == QEvent::KeyPress) {
+        scheduleCaretReveal();
+    }
+    return QMainWindow::eventFilter(watched, event);
+}
+
+QRect KRTodoWindow::caretRectInHostWidget() const {
+    // While a title is edited its field editor is the window's first responder.
+    const auto* editor = dynamic_cast<const KRTextView*>(m_hostWidget->krWindow().firstResponder());
+    if (!editor || !editor->window()) {
+        return QRect();
+    }
+    // The host's coordinates are its window's.
+    const KRRect caret = editor->convertRectToView(editor->insertionPointRect(), nullptr);
+    if (KRRectIsNull(caret)) {
+        return QRect();
+    }
+    return KRToQRectF(caret).toAlignedRect();
+}
+
+void KRTodoWindow::scheduleCaretReveal() {
+    if (m_caretRevealScheduled) {
+        return;
+    }
+    m_caretRevealScheduled = true;
+    KRRunLoop::main().performAfterDelay(0.0, [window = QPointer<KRTodoWindow>(this)] {
+        if (window) {
+            window->revealCaret();
+        }
+    });
+}
+
+void KRTodoWindow::revealCaret() {
+    m_caretRevealScheduled = false;
+    // The caret's place is known after the list's pass, and reachable once the host has its new height.
+    m_hostWidget->krWindow().updateIfNeeded();
+    if (m_heightUpdateScheduled) {
+        updateHeight();
+    }
+    const QRect caret = caretRectInHostWidget();
+    if (caret.isNull()) {
+        return;
+    }
+    const QPoint centre = caret.center();
+    m_scrollArea->ensureVisible(centre.x(), centre.y(), 0, caret.height() / 2 + kCaretMargin);
 }
 
 void KRTodoWindow::settle() {

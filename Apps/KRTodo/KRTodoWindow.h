@@ -2,16 +2,19 @@
 
 #include <QImage>
 #include <QMainWindow>
+#include <QRect>
 
 #include <memory>
 
 class KRCheckListView;
 class KRHostWidget;
+class KRTodoMenus;
 class KRTodoStore;
 class QScrollArea;
 
 // KRTodo's main window: the store's checklist in a scroll area. The list is as wide as the scroll area's
-// viewport and as tall as its rows; it scrolls when it is taller than the window.
+// viewport and as tall as its rows; it scrolls when it is taller than the window, and keeps the caret in
+// view while the user types and moves from row to row.
 class KRTodoWindow : public QMainWindow {
 public:
     explicit KRTodoWindow(std::shared_ptr<KRTodoStore> store, QWidget* parent = nullptr);
@@ -21,21 +24,35 @@ public:
     KRCheckListView& checkListView() const { return *m_checkListView; }
     KRHostWidget& hostWidget() const { return *m_hostWidget; }
     QScrollArea& scrollArea() const { return *m_scrollArea; }
+    KRTodoMenus& menus() const { return *m_menus; }
+
+    // The caret of the edited title in the host widget's coordinates; null when nothing is edited.
+    QRect caretRectInHostWidget() const;
+    // Scrolls the caret into view on the next turn, once the list and the host have followed the change.
+    void scheduleCaretReveal();
+    bool isCaretRevealScheduled() const { return m_caretRevealScheduled; }
 
     // Runs Qt's events and the toolkit's deferred work until the list's size has followed the window.
     void settle();
     // The whole list, also what lies outside the viewport, drawn at the given device pixel ratio.
     QImage renderCheckListToImage(double devicePixelRatio);
 
+protected:
+    bool eventFilter(QObject* watched, QEvent* event) override;
+
 private:
     void setUpCheckListView();
     void setUpScrollArea();
     void scheduleHeightUpdate();
     void updateHeight();
+    void revealCaret();
 
     std::shared_ptr<KRTodoStore> m_store;
     std::shared_ptr<KRCheckListView> m_checkListView;
     KRHostWidget* m_hostWidget = nullptr;
     QScrollArea* m_scrollArea = nullptr;
+    // Declared after the list it works on, so it goes first.
+    std::unique_ptr<KRTodoMenus> m_menus;
     bool m_heightUpdateScheduled = false;
+    bool m_caretRevealScheduled = false;
 };

@@ -1,6 +1,7 @@
 // KRTodo: a to-do checklist in a window. With --screenshot <path>, or when no display is available, it
 // renders the list offscreen into a PNG at 2x (and one at 1x beside it) and exits. With --dump it prints
-// the items, one per line, when it ends.
+// the items, one per line, when it ends; --dump-file <path> writes the same lines to a file. --empty starts
+// with no items instead of the sample checklist.
 #include "KRTodoStore.h"
 #include "KRTodoWindow.h"
 
@@ -9,6 +10,7 @@
 #include <QApplication>
 #include <QDir>
 #include <QFileInfo>
+#include <QSaveFile>
 
 #include <cstdio>
 #include <cstring>
@@ -17,7 +19,9 @@ namespace {
 
 struct Options {
     QString screenshotPath;
+    QString dumpPath;
     bool dump = false;
+    bool empty = false;
 };
 
 Options parseOptions(int argc, char** argv) {
@@ -27,6 +31,10 @@ Options parseOptions(int argc, char** argv) {
             options.screenshotPath = QString::fromLocal8Bit(argv[++i]);
         } else if (std::strcmp(argv[i], "--dump") == 0) {
             options.dump = true;
+        } else if (std::strcmp(argv[i], "--dump-file") == 0 && i + 1 < argc) {
+            options.dumpPath = QString::fromLocal8Bit(argv[++i]);
+        } else if (std::strcmp(argv[i], "--empty") == 0) {
+            options.empty = true;
         }
     }
     return options;
@@ -59,6 +67,16 @@ void dumpStore(const KRTodoStore& store) {
     std::fflush(stdout);
 }
 
+// Written whole or not at all, so that a reader waiting for the file never sees half of it.
+bool dumpStoreToFile(const KRTodoStore& store, const QString& path) {
+    QSaveFile file(path);
+    if (!file.open(QIODevice::WriteOnly) || file.write(store.dump().toUtf8()) < 0 || !file.commit()) {
+        std::fprintf(stderr, "KRTodo: could not write %s\n", qPrintable(path));
+        return false;
+    }
+    return true;
+}
+
 } // namespace
 
 int main(int argc, char** argv) {
@@ -78,7 +96,8 @@ int main(int argc, char** argv) {
     QApplication application(argc, argv);
     QApplication::setApplicationName(QStringLiteral("KRTodo"));
 
-    const std::shared_ptr<KRTodoStore> store = KRTodoStore::makeSampleStore();
+    const std::shared_ptr<KRTodoStore> store =
+        options.empty ? std::make_shared<KRTodoStore>() : KRTodoStore::makeSampleStore();
     KRTodoWindow window(store);
     // Offscreen the window is laid out as if shown, without a platform window of its own.
     window.setAttribute(Qt::WA_DontShowOnScreen, screenshot);
@@ -93,6 +112,9 @@ int main(int argc, char** argv) {
     }
     if (options.dump) {
         dumpStore(*store);
+    }
+    if (!options.dumpPath.isEmpty() && !dumpStoreToFile(*store, options.dumpPath)) {
+        status = 1;
     }
     return status;
 }

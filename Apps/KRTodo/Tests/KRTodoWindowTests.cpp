@@ -60,6 +60,23 @@ protected:
     KRCheckListItemView& row(KRUInteger index) const {
         return *window.checkListView().checkListViewItemViewForItemAtIndex(index);
     }
+    // Whether the caret of the edited title lies wholly inside the scroll area's viewport.
+    bool isCaretInViewport() const {
+        const QRect caret = window.caretRectInHostWidget();
+        if (caret.isNull()) {
+            return false;
+        }
+        QWidget* viewport = window.scrollArea().viewport();
+        const QRect inViewport(window.hostWidget().mapTo(viewport, caret.topLeft()), caret.size());
+        return viewport->rect().contains(inViewport);
+    }
+    int scrollPosition() const { return window.scrollArea().verticalScrollBar()->value(); }
+    void pressKey(int key, const QString& text = QString()) {
+        QKeyEvent press(QEvent::KeyPress, key, Qt::NoModifier, text);
+        QCoreApplication::sendEvent(&window.hostWidget(), &press);
+        QKeyEvent release(QEvent::KeyRelease, key, Qt::NoModifier, text);
+        QCoreApplication::sendEvent(&window.hostWidget(), &release);
+    }
     double listWidth() const { return window.checkListView().frame().size.width; }
     int viewportWidth() const { return window.scrollArea().viewport()->width(); }
 
@@ -126,4 +143,66 @@ TEST_F(KRTodoWindowTests, TitlesTypedInTheWindowReachTheStore) {
 
     EXPECT_EQ(store->items()[3].title, before + QStringLiteral(" x2"));
     EXPECT_EQ(row(3).title(), store->items()[3].title);
+}
+
+TEST_F(KRTodoWindowTests, EditingAnItemBelowTheViewportScrollsToItsCaret) {
+    window.resize(300, 160);
+    window.settle();
+    ASSERT_EQ(scrollPosition(), 0);
+    const KRUInteger last = store->count() - 1;
+
+    window.checkListView().beginEditingItemAtIndexSelectRange(last, KRRange{KRUIntegerMax, 0});
+    EXPECT_TRUE(window.isCaretRevealScheduled());
+    window.settle();
+    EXPECT_GT(scrollPosition(), 0);
+    EXPECT_TRUE(isCaretInViewport());
+
+    window.checkListView().beginEditingItemAtIndexSelectRange(0, KRRange{0, 0});
+    window.settle();
+    EXPECT_EQ(scrollPosition(), 0);
+    EXPECT_TRUE(isCaretInViewport());
+}
+
+TEST_F(KRTodoWindowTests, TypingScrollsTheCaretBackIntoView) {
+    window.resize(300, 160);
+    window.settle();
+    const KRUInteger last = store->count() - 1;
+    window.checkListView().beginEditingItemAtIndexSelectRange(last, KRRange{KRUIntegerMax, 0});
+    window.settle();
+    window.scrollArea().verticalScrollBar()->setValue(0);
+    ASSERT_FALSE(isCaretInViewport());
+
+    type(QStringLiteral("!"));
+    window.settle();
+    EXPECT_EQ(store->items()[last].title.back(), QLatin1Char('!'));
+    EXPECT_TRUE(isCaretInViewport());
+}
+
+TEST_F(KRTodoWindowTests, ReturnOnTheLastRowGrowsTheHostAndKeepsTheNewCaretInView) {
+    window.resize(300, 160);
+    window.settle();
+    const KRUInteger count = store->count();
+    window.checkListView().beginEditingItemAtIndexSelectRange(count - 1, KRRange{KRUIntegerMax, 0});
+    window.settle();
+    const int before = scrollPosition();
+
+    pressKey(Qt::Key_Return, QStringLiteral("\r"));
+    window.settle();
+    ASSERT_EQ(store->count(), count + 1);
+    EXPECT_EQ(window.checkListView().indexForEditedItem(), count);
+    EXPECT_GT(scrollPosition(), before);
+    EXPECT_TRUE(isCaretInViewport());
+
+    // Up arrows walk back line by line to the first row, and the view follows.
+    constexpr int kMaximumUpArrows = 100;
+    int upArrows = 0;
+    while (upArrows < kMaximumUpArrows && !window.checkListView().isInsertionPointInFirstLine()) {
+        pressKey(Qt::Key_Up);
+        window.settle();
+        ++upArrows;
+        EXPECT_TRUE(isCaretInViewport()) << "after " << upArrows << " up arrows";
+    }
+    EXPECT_GT(upArrows, static_cast<int>(count));
+    EXPECT_EQ(window.checkListView().indexForEditedItem(), 0u);
+    EXPECT_EQ(scrollPosition(), 0);
 }
