@@ -166,7 +166,14 @@ def run_session(app, out_dir):
             os.remove(stale)
 
     log = open(os.path.join(out_dir, "session.log"), "w")
-    server, display = start_x_server(log)
+    # Servers starting at the same moment can race for a display; another attempt picks another one.
+    for attempt in range(3):
+        try:
+            server, display = start_x_server(log)
+            break
+        except SessionError:
+            if attempt == 2:
+                raise
     app_process = None
     try:
         env = dict(os.environ)
@@ -250,7 +257,7 @@ def main():
         return SKIPPED
     try:
         run_session(arguments.app, arguments.out)
-    except (SessionError, subprocess.TimeoutExpired) as error:
+    except (SessionError, subprocess.TimeoutExpired, OSError) as error:
         print(f"FAILED: {error}")
         log_path = os.path.join(arguments.out, "session.log")
         if os.path.exists(log_path):
