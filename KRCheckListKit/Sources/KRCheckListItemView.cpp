@@ -312,7 +312,8 @@ void KRCheckListItemView::checkListItemViewSetUpCheckBoxButtonView() {
     checkBox.setOuterScaleOnPressMode(KRButtonView::OuterScaleOnPressModeButton);
     checkBox.setOuterScaleAnimationFunction(EZInterpolationFunctions::easeInOutWithDuration(
         checkBoxOuterScaleDuration * KRAnimationDurationMultiplier));
-    checkBox.setTarget(this);
+    // The row clears the target when it tears the check box down, so nothing needs to watch the row.
+    checkBox.setTarget(this, nullptr);
     checkBox.setAction(checkBoxActionSelector());
     checkBox.setCursor(KRCursor::arrowCursor());
     checkBox.endUpdates();
@@ -320,6 +321,7 @@ void KRCheckListItemView::checkListItemViewSetUpCheckBoxButtonView() {
 
 void KRCheckListItemView::checkListItemViewTearDownCheckBoxButtonView() {
     KRTrace::step(this, "checkListItemViewTearDownCheckBoxButtonView");
+    m_checkBoxButtonView->setTarget(nullptr);
     m_checkBoxButtonView.reset();
 }
 
@@ -388,6 +390,9 @@ void KRCheckListItemView::checkListItemViewTearDownBottomDividerView() {
 
 void KRCheckListItemView::checkListItemViewHookUp() {
     KRTrace::step(this, "checkListItemViewHookUp");
+    reserveSubviews(2);
+    m_shapeView->reserveSubviews(1);
+    m_maskView->reserveSubviews(5);
     addSubview(m_shapeView);
     m_shapeView->addSubview(m_maskView);
     m_maskView->addSubview(m_checkBoxButtonView);
@@ -396,9 +401,10 @@ void KRCheckListItemView::checkListItemViewHookUp() {
     m_maskView->addSubview(m_topDividerView);
     m_maskView->addSubview(m_bottomDividerView);
     addSubview(m_highlightView);
-    m_checkBoxButtonView->setDelegate(this);
-    m_titleTextField->setDelegate(this);
-    m_handleButtonView->setDelegate(this);
+    // The row clears these in its break-up, before it goes: no lifetime needs watching.
+    m_checkBoxButtonView->setDelegate(static_cast<KRButtonViewDelegate*>(this), nullptr);
+    m_titleTextField->setDelegate(static_cast<KRTextFieldDelegate*>(this), nullptr);
+    m_handleButtonView->setDelegate(static_cast<KRButtonViewDelegate*>(this), nullptr);
 }
 
 void KRCheckListItemView::checkListItemViewBreakUp() {
@@ -484,7 +490,10 @@ void KRCheckListItemView::setPlaceholder(const QString& placeholder) {
         KRTextFieldDelegate* fieldDelegate = m_titleTextField->KRTextField::delegate();
         m_titleTextField->setDelegate(nullptr);
         m_titleTextField->setPlaceholderAttributedString(attributed);
-        m_titleTextField->setDelegate(fieldDelegate, dynamic_cast<const KRObject*>(fieldDelegate));
+        // The row itself goes back unwatched, as it was hooked up.
+        const bool isRow = fieldDelegate == static_cast<KRTextFieldDelegate*>(this);
+        m_titleTextField->setDelegate(fieldDelegate,
+                                      isRow ? nullptr : dynamic_cast<const KRObject*>(fieldDelegate));
     }
     if (hasObserversForKey("placeholder")) {
         didChangeValueForKey("placeholder", oldPlaceholder, this->placeholder());

@@ -112,7 +112,12 @@ public:
 
     // Action ---------------------------------------------------------------------------------------------
     KRObject* target() const { return m_actions ? m_actions->target.get() : nullptr; }
-    void setTarget(KRObject* target) { mutableActions().target.reset(target); }
+    // The target is dropped once it is destroyed. With a null lifetimeOwner the owner must clear the target
+    // itself before it goes away (a row targeting its own check box, say), and no token is made for it.
+    void setTarget(KRObject* target) { setTarget(target, target); }
+    void setTarget(KRObject* target, const KRObject* lifetimeOwner) {
+        mutableActions().target.reset(target, lifetimeOwner);
+    }
     const KRSelector& action() const;
     void setAction(const KRSelector& action) { mutableActions().action = action; }
     // Runs after target/action, for C++ callers.
@@ -191,7 +196,7 @@ private:
     };
     // Where a click goes; only buttons that send actions have one.
     struct Actions {
-        KRWeak<KRObject> target;
+        KRWeakDelegate<KRObject> target;
         KRSelector action;
         std::function<void(KRButtonView&)> onAction;
     };

@@ -12,8 +12,10 @@
 #include <QString>
 #include <QStringList>
 
+#include <cstdint>
 #include <functional>
 #include <memory>
+#include <span>
 #include <vector>
 
 class KREvent;
@@ -38,7 +40,9 @@ public:
     ~KRView() override;
 
     // Tree -----------------------------------------------------------------------------------------------
-    KRView* superview() const { return m_superview; }
+    KRView* superview() const {
+        return (m_parent & kWindowTag) ? nullptr : reinterpret_cast<KRView*>(m_parent);
+    }
     // Back to front.
     const std::vector<std::shared_ptr<KRView>>& subviews() const { return m_subviews; }
     // Adds view in front of its siblings (removing it from a former superview first).
@@ -49,6 +53,8 @@ public:
                                         const KRView* relativeTo);
     void removeFromSuperview();
     bool isDescendantOf(const KRView* view) const; // true for the view itself
+    // Room for count subviews, for a view that knows how many it is about to get.
+    void reserveSubviews(std::size_t count) { m_subviews.reserve(count); }
     KRWindow* window() const;
     std::shared_ptr<KRView> sharedFromSuperview() const; // the owning pointer held by the superview
     virtual void viewWillMoveToSuperview(KRView* newSuperview);
@@ -149,7 +155,7 @@ public:
     // Tracking areas and cursors -------------------------------------------------------------------------
     void addTrackingArea(const std::shared_ptr<KRTrackingArea>& area);
     void removeTrackingArea(const KRTrackingArea* area);
-    const std::vector<std::shared_ptr<KRTrackingArea>>& trackingAreas() const;
+    std::span<const std::shared_ptr<KRTrackingArea>> trackingAreas() const;
     // Called by the window's next pass after the geometry of a view that owns tracking areas changed, and
     // when such a view joins a window; subclasses rebuild their areas here. A view that wants these calls
     // adds its area up front (an empty rect will do).
@@ -187,8 +193,10 @@ public:
 protected:
     // Asks the animation engine to advance this view (advanceAnimationsToTime) until it answers false.
     void beginAnimating();
-    // Window bookkeeping, called while the tree changes.
+    // Window bookkeeping: the window sets itself on its content view, and views joining or leaving a tree
+    // tell their subtree when that changes the window.
     void setWindowRecursively(KRWindow* window);
+    void windowDidChange(KRWindow* window);
     void setNeedsTrackingAreaUpdate();
     // Runs updateTrackingAreas on this view and every descendant that asked, parents first.
     void updateTrackingAreasIfNeeded();
@@ -250,8 +258,10 @@ private:
     void detachFromSuperview();
 
     // List rows are built from about ten views each, so every byte stored here is paid ten times a row.
-    KRView* m_superview = nullptr;
-    KRWindow* m_window = nullptr;
+    // The superview, or for a window's content view the window, tagged in the low bit. Other views find their
+    // window through their root.
+    static constexpr std::uintptr_t kWindowTag = 1;
+    std::uintptr_t m_parent = 0;
     std::vector<std::shared_ptr<KRView>> m_subviews;
     KRRect m_frame;
     double m_alphaValue = 1.0;
@@ -260,7 +270,9 @@ private:
     QString m_identifier;
     std::shared_ptr<const Looks> m_looks;
     std::unique_ptr<Identity> m_identity;
-    std::unique_ptr<std::vector<std::shared_ptr<KRTrackingArea>>> m_trackingAreas;
+    // Only views that track the pointer have a list; it is one block, areas right after its counts.
+    struct TrackingAreaList;
+    TrackingAreaList* m_trackingAreas = nullptr;
     std::unique_ptr<Animations> m_animations;
     bool m_hidden = false;
     bool m_masksToBounds = false;
