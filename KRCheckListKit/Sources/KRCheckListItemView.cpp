@@ -8,7 +8,6 @@
 #include "Controls/KRDefaults.h"
 #include "Controls/KRImage.h"
 #include "Foundation/KRAssertionHandler.h"
-#include "Foundation/KRSharedValues.h"
 #include "Foundation/KRTrace.h"
 #include "Views/KRCursor.h"
 #include "Views/KREvent.h"
@@ -146,11 +145,10 @@ KRParagraphStyle titleParagraphStyle(double lineHeight) {
     return style;
 }
 
-// Rows in the same state share one attribute set instead of each keeping a copy: a list has only a few
-// distinct sets (title per status, placeholder).
+// Rows in the same state share one attribute set instead of each keeping a copy, and their title strings
+// share it too: a list has only a few distinct sets (title per status, placeholder).
 std::shared_ptr<const KRTextAttributes> sharedAttributes(const KRTextAttributes& attributes) {
-    static KRSharedValues<KRTextAttributes, 8> recent;
-    return recent.shared(attributes);
+    return KRAttributedString::sharedAttributes(attributes);
 }
 
 KRTextAttributes attributesOrNone(const std::shared_ptr<const KRTextAttributes>& attributes) {
@@ -462,7 +460,7 @@ void KRCheckListItemView::setTitle(const QString& title) {
     const QString oldTitle = this->title();
     const QString text = title.isNull() ? QString(QLatin1String("")) : title;
     m_titleTextField->setAttributedStringValue(
-        KRAttributedString(text, attributesOrNone(m_placeholderAttributes)));
+        KRAttributedString::withSharedAttributes(text, m_placeholderAttributes));
     if (hasObserversForKey("title")) {
         didChangeValueForKey("title", oldTitle, this->title());
     }
@@ -476,7 +474,7 @@ QString KRCheckListItemView::placeholder() const {
 bool KRCheckListItemView::hasPlaceholder(const QString& text) const {
     static const KRTextAttributes none;
     const KRAttributedString& current = m_titleTextField->cell()->placeholderAttributedString();
-    const auto& runs = current.runs();
+    const KRAttributedString::Runs runs = current.runs();
     return current.string() == text && runs.size() == 1 &&
            runs.front().attributes == (m_placeholderAttributes ? *m_placeholderAttributes : none);
 }
@@ -486,7 +484,8 @@ void KRCheckListItemView::setPlaceholder(const QString& placeholder) {
     const QString text = placeholder.isNull() ? QString(QLatin1String("")) : placeholder;
     // The list sets every row's placeholder after each change of its rows; most already have it.
     if (!hasPlaceholder(text)) {
-        const KRAttributedString attributed(text, attributesOrNone(m_placeholderAttributes));
+        const KRAttributedString attributed =
+            KRAttributedString::withSharedAttributes(text, m_placeholderAttributes);
         KRTextFieldDelegate* fieldDelegate = m_titleTextField->KRTextField::delegate();
         m_titleTextField->setDelegate(nullptr);
         m_titleTextField->setPlaceholderAttributedString(attributed);
@@ -664,7 +663,7 @@ void KRCheckListItemView::update() {
     m_placeholderAttributes = sharedAttributes(placeholderAttributes);
 
     m_titleTextField->setAttributedStringValue(
-        KRAttributedString(m_titleTextField->stringValue(), titleAttributes));
+        KRAttributedString::withSharedAttributes(m_titleTextField->stringValue(), m_titleAttributes));
     m_titleTextField->setNeedsDisplay();
 }
 

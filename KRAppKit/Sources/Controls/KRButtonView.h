@@ -121,9 +121,7 @@ public:
     const KRSelector& action() const;
     void setAction(const KRSelector& action) { mutableActions().action = action; }
     // Runs after target/action, for C++ callers.
-    void setOnAction(std::function<void(KRButtonView&)> onAction) {
-        mutableActions().onAction = std::move(onAction);
-    }
+    void setOnAction(std::function<void(KRButtonView&)> onAction);
     // Sends the action as a click would.
     void performClick();
 
@@ -198,7 +196,8 @@ private:
     struct Actions {
         KRWeakDelegate<KRObject> target;
         KRSelector action;
-        std::function<void(KRButtonView&)> onAction;
+        // Few buttons have a callback; kept apart so the block of those that only send actions stays small.
+        std::unique_ptr<std::function<void(KRButtonView&)>> onAction;
     };
 
     const Appearance& appearance() const;

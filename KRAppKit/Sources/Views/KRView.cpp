@@ -2,15 +2,13 @@
 
 #include "Animation/KRAnimationTransaction.h"
 #include "Foundation/KRClock.h"
-#include "Foundation/KRSharedValues.h"
 #include "Views/KRTrackingArea.h"
 #include "Views/KRWindow.h"
 
 #include <algorithm>
 #include <cmath>
 #include <cstring>
-#include <memory>
-#include <new>
+#include <utility>
 
 namespace {
 
@@ -51,36 +49,11 @@ struct KRView::Animations final : KRAnimatable {
     std::vector<RunningAnimation> running;
 };
 
-struct KRView::TrackingAreaList {
-    std::uint32_t count = 0;
-    std::uint32_t capacity = 0;
-
-    std::shared_ptr<KRTrackingArea>* areas() {
-        return std::launder(reinterpret_cast<std::shared_ptr<KRTrackingArea>*>(this + 1));
-    }
-    static TrackingAreaList* make(std::uint32_t capacity) {
-        static_assert(sizeof(TrackingAreaList) % alignof(std::shared_ptr<KRTrackingArea>) == 0);
-        void* memory =
-            ::operator new(sizeof(TrackingAreaList) + capacity * sizeof(std::shared_ptr<KRTrackingArea>));
-        auto* list = new (memory) TrackingAreaList;
-        list->capacity = capacity;
-        return list;
-    }
-    static void destroy(TrackingAreaList* list) {
-        std::destroy_n(list->areas(), list->count);
-        list->~TrackingAreaList();
-        ::operator delete(list);
-    }
-};
-
 KRView::KRView(KRRect frame) : m_frame(frame) {}
 
 KRView::~KRView() {
-    if (m_trackingAreas) {
-        for (const auto& area : trackingAreas()) {
-            area->ownerWillBeDestroyed(this);
-        }
-        TrackingAreaList::destroy(m_trackingAreas);
+    for (const auto& area : m_trackingAreas) {
+        area->ownerWillBeDestroyed(this);
     }
     if (m_animations) {
         KRAnimationEngine::shared().removeAnimatingObject(m_animations.get());
@@ -93,6 +66,7 @@ KRView::~KRView() {
             subview->windowDidChange(nullptr);
         }
     }
+    releaseLooks(std::exchange(m_looks, nullptr));
 }
 
 // Built in place and never destroyed: reading the defaults allocates nothing, and a view torn down during
@@ -102,13 +76,37 @@ const KRView::Looks& KRView::defaultLooks() {
     return defaults;
 }
 
-std::shared_ptr<const KRView::Looks> KRView::sharedLooks(const Looks& looks) {
+const KRView::Looks* KRView::sharedLooks(const Looks& looks) {
     if (looks == defaultLooks()) {
         return nullptr;
     }
-    // A row's views go through the same few looks while it is set up and updated.
-    static KRSharedValues<Looks, 32> recent;
-    return recent.shared(looks);
+    // A row's views go through the same few looks while it is set up and updated. The cache holds a
+    // reference to each block it keeps, most recently used first; it is never destroyed, so views torn
+    // down during static destruction still release into it safely.
+    constexpr std::size_t capacity = 32;
+    static auto* const recent = new std::vector<const Looks*>();
+    const auto found = std::find_if(recent->begin(), recent->end(),
+                                    [&looks](const Looks* known) { return *known == looks; });
+    if (found != recent->end()) {
+        std::rotate(recent->begin(), found, std::next(found));
+    } else {
+        if (recent->size() == capacity) {
+            releaseLooks(recent->back());
+            recent->pop_back();
+        }
+        auto* created = new Looks(looks);
+        created->references = 1;
+        recent->insert(recent->begin(), created);
+    }
+    const Looks* shared = recent->front();
+    ++shared->references;
+    return shared;
+}
+
+void KRView::releaseLooks(const Looks* looks) {
+    if (looks && --looks->references == 0) {
+        delete looks;
+    }
 }
 
 const KRView::Identity& KRView::defaultIdentity() {
@@ -710,30 +708,13 @@ void KRView::addTrackingArea(const std::shared_ptr<KRTrackingArea>& area) {
     if (!area) {
         return;
     }
-    // Views hold one area as a rule, so the list starts with room for one and doubles.
-    if (!m_trackingAreas || m_trackingAreas->count == m_trackingAreas->capacity) {
-        TrackingAreaList* grown = TrackingAreaList::make(m_trackingAreas ? 2 * m_trackingAreas->capacity : 1);
-        if (m_trackingAreas) {
-            std::uninitialized_move_n(m_trackingAreas->areas(), m_trackingAreas->count, grown->areas());
-            grown->count = m_trackingAreas->count;
-            TrackingAreaList::destroy(m_trackingAreas);
-        }
-        m_trackingAreas = grown;
-    }
-    new (m_trackingAreas->areas() + m_trackingAreas->count) std::shared_ptr<KRTrackingArea>(area);
-    ++m_trackingAreas->count;
+    m_trackingAreas.push_back(area);
 }
 
 void KRView::removeTrackingArea(const KRTrackingArea* area) {
-    if (!m_trackingAreas) {
-        return;
-    }
-    std::shared_ptr<KRTrackingArea>* const begin = m_trackingAreas->areas();
-    std::shared_ptr<KRTrackingArea>* const end = begin + m_trackingAreas->count;
-    std::shared_ptr<KRTrackingArea>* const kept =
-        std::remove_if(begin, end, [area](const auto& each) { return each.get() == area; });
-    std::destroy(kept, end);
-    m_trackingAreas->count = static_cast<std::uint32_t>(kept - begin);
+    m_trackingAreas.erase(std::remove_if(m_trackingAreas.begin(), m_trackingAreas.end(),
+                                         [area](const auto& each) { return each.get() == area; }),
+                          m_trackingAreas.end());
 }
 
 // Marks the view and the path to it, so the window's pass visits only the views that asked.
@@ -766,13 +747,6 @@ void KRView::updateTrackingAreasIfNeeded() {
             subview->updateTrackingAreasIfNeeded();
         }
     }
-}
-
-std::span<const std::shared_ptr<KRTrackingArea>> KRView::trackingAreas() const {
-    if (!m_trackingAreas) {
-        return {};
-    }
-    return {m_trackingAreas->areas(), m_trackingAreas->count};
 }
 
 // Responder and key views --------------------------------------------------------------------------------
