@@ -587,7 +587,7 @@ void KRCheckListItemView::beginUpdates() {
 
 void KRCheckListItemView::endUpdates() {
     const KRInteger count = m_updateCount;
-    m_updateCount = count - 1;
+    m_updateCount = static_cast<std::int32_t>(count - 1);
     KRAssert(count >= 1, QStringLiteral("endUpdates"), this, QStringLiteral("KRCheckListItemView"), 132,
              QStringLiteral("[WARNING] Internal inconsistency, unbalanced begin/endUpdates detected for: %1")
                  .arg(description()));
@@ -636,7 +636,7 @@ void KRCheckListItemView::update() {
     KRButtonView& checkBox = *m_checkBoxButtonView;
     if (checkBox.image() != looks.checkBoxImage) {
         // The check box's natural size comes from its image: the next size is measured afresh.
-        m_sizeThatFitsCache.valid = false;
+        m_sizeThatFitsCacheValid = false;
     }
     checkBox.beginUpdates();
     checkBox.setImage(looks.checkBoxImage);
@@ -734,16 +734,19 @@ KRSize KRCheckListItemView::sizeThatFits(KRSize size) const {
     // While the title is edited its editor measures it; nothing is kept then.
     const KRTextFieldCell* titleCell = m_titleTextField->cell();
     if (!titleCell || titleCell->currentEditor()) {
-        m_sizeThatFitsCache.valid = false;
+        m_sizeThatFitsCacheValid = false;
         return checkListItemViewLayoutForSize(size).sizeThatFits;
     }
-    SizeThatFitsCache& cache = m_sizeThatFitsCache;
     const std::uint32_t titleSizeGeneration = titleCell->sizeGeneration();
-    if (cache.valid && cache.width == size.width && cache.titleSizeGeneration == titleSizeGeneration) {
-        return KRSize{cache.width, cache.height};
+    if (m_sizeThatFitsCacheValid && m_cachedFittingWidth == size.width &&
+        m_cachedTitleSizeGeneration == titleSizeGeneration) {
+        return KRSize{m_cachedFittingWidth, m_cachedFittingHeight};
     }
     const KRSize fitting = checkListItemViewLayoutForSize(size).sizeThatFits;
-    cache = SizeThatFitsCache{size.width, fitting.height, titleSizeGeneration, fitting.width == size.width};
+    m_cachedFittingWidth = size.width;
+    m_cachedFittingHeight = fitting.height;
+    m_cachedTitleSizeGeneration = titleSizeGeneration;
+    m_sizeThatFitsCacheValid = fitting.width == size.width;
     return fitting;
 }
 
