@@ -50,7 +50,8 @@ void KRCheckListItemTitleTextField::checkListItemTitleTextFieldTearDownCell() {
 void KRCheckListItemTitleTextField::checkListItemTitleTextFieldHookUp() {
     KRTrace::step(this, "checkListItemTitleTextFieldHookUp");
     setCell(m_titleTextFieldCell);
-    m_titleTextFieldCell->setDelegate(this);
+    // The field owns its cell and clears the delegate in its break-up, so nothing needs to watch it.
+    m_titleTextFieldCell->setDelegate(static_cast<KRCheckListItemTitleTextFieldCellDelegate*>(this), nullptr);
 }
 
 void KRCheckListItemTitleTextField::checkListItemTitleTextFieldBreakUp() {

@@ -8,7 +8,6 @@
 #include "Controls/KRDefaults.h"
 #include "Controls/KRImage.h"
 #include "Foundation/KRAssertionHandler.h"
-#include "Foundation/KRSharedValues.h"
 #include "Foundation/KRTrace.h"
 #include "Views/KRCursor.h"
 #include "Views/KREvent.h"
@@ -146,11 +145,10 @@ KRParagraphStyle titleParagraphStyle(double lineHeight) {
     return style;
 }
 
-// Rows in the same state share one attribute set instead of each keeping a copy: a list has only a few
-// distinct sets (title per status, placeholder).
+// Rows in the same state share one attribute set instead of each keeping a copy, and their title strings
+// share it too: a list has only a few distinct sets (title per status, placeholder).
 std::shared_ptr<const KRTextAttributes> sharedAttributes(const KRTextAttributes& attributes) {
-    static KRSharedValues<KRTextAttributes, 8> recent;
-    return recent.shared(attributes);
+    return KRAttributedString::sharedAttributes(attributes);
 }
 
 KRTextAttributes attributesOrNone(const std::shared_ptr<const KRTextAttributes>& attributes) {
@@ -312,7 +310,8 @@ void KRCheckListItemView::checkListItemViewSetUpCheckBoxButtonView() {
     checkBox.setOuterScaleOnPressMode(KRButtonView::OuterScaleOnPressModeButton);
     checkBox.setOuterScaleAnimationFunction(EZInterpolationFunctions::easeInOutWithDuration(
         checkBoxOuterScaleDuration * KRAnimationDurationMultiplier));
-    checkBox.setTarget(this);
+    // The row clears the target when it tears the check box down, so nothing needs to watch the row.
+    checkBox.setTarget(this, nullptr);
     checkBox.setAction(checkBoxActionSelector());
     checkBox.setCursor(KRCursor::arrowCursor());
     checkBox.endUpdates();
@@ -320,6 +319,7 @@ void KRCheckListItemView::checkListItemViewSetUpCheckBoxButtonView() {
 
 void KRCheckListItemView::checkListItemViewTearDownCheckBoxButtonView() {
     KRTrace::step(this, "checkListItemViewTearDownCheckBoxButtonView");
+    m_checkBoxButtonView->setTarget(nullptr);
     m_checkBoxButtonView.reset();
 }
 
@@ -388,6 +388,9 @@ void KRCheckListItemView::checkListItemViewTearDownBottomDividerView() {
 
 void KRCheckListItemView::checkListItemViewHookUp() {
     KRTrace::step(this, "checkListItemViewHookUp");
+    reserveSubviews(2);
+    m_shapeView->reserveSubviews(1);
+    m_maskView->reserveSubviews(5);
     addSubview(m_shapeView);
     m_shapeView->addSubview(m_maskView);
     m_maskView->addSubview(m_checkBoxButtonView);
@@ -396,9 +399,10 @@ void KRCheckListItemView::checkListItemViewHookUp() {
     m_maskView->addSubview(m_topDividerView);
     m_maskView->addSubview(m_bottomDividerView);
     addSubview(m_highlightView);
-    m_checkBoxButtonView->setDelegate(this);
-    m_titleTextField->setDelegate(this);
-    m_handleButtonView->setDelegate(this);
+    // The row clears these in its break-up, before it goes: no lifetime needs watching.
+    m_checkBoxButtonView->setDelegate(static_cast<KRButtonViewDelegate*>(this), nullptr);
+    m_titleTextField->setDelegate(static_cast<KRTextFieldDelegate*>(this), nullptr);
+    m_handleButtonView->setDelegate(static_cast<KRButtonViewDelegate*>(this), nullptr);
 }
 
 void KRCheckListItemView::checkListItemViewBreakUp() {
@@ -456,7 +460,7 @@ void KRCheckListItemView::setTitle(const QString& title) {
     const QString oldTitle = this->title();
     const QString text = title.isNull() ? QString(QLatin1String("")) : title;
     m_titleTextField->setAttributedStringValue(
-        KRAttributedString(text, attributesOrNone(m_placeholderAttributes)));
+        KRAttributedString::withSharedAttributes(text, m_placeholderAttributes));
     if (hasObserversForKey("title")) {
         didChangeValueForKey("title", oldTitle, this->title());
     }
@@ -470,7 +474,7 @@ QString KRCheckListItemView::placeholder() const {
 bool KRCheckListItemView::hasPlaceholder(const QString& text) const {
     static const KRTextAttributes none;
     const KRAttributedString& current = m_titleTextField->cell()->placeholderAttributedString();
-    const auto& runs = current.runs();
+    const KRAttributedString::Runs runs = current.runs();
     return current.string() == text && runs.size() == 1 &&
            runs.front().attributes == (m_placeholderAttributes ? *m_placeholderAttributes : none);
 }
@@ -487,11 +491,15 @@ void KRCheckListItemView::setPlaceholder(const QString& placeholder) {
         return;
     }
     const QString oldPlaceholder = this->placeholder();
-    const KRAttributedString attributed(text, attributesOrNone(m_placeholderAttributes));
+    const KRAttributedString attributed =
+        KRAttributedString::withSharedAttributes(text, m_placeholderAttributes);
     KRTextFieldDelegate* fieldDelegate = m_titleTextField->KRTextField::delegate();
     m_titleTextField->setDelegate(nullptr);
     m_titleTextField->setPlaceholderAttributedString(attributed);
-    m_titleTextField->setDelegate(fieldDelegate, dynamic_cast<const KRObject*>(fieldDelegate));
+    // The row itself goes back unwatched, as it was hooked up.
+    const bool isRow = fieldDelegate == static_cast<KRTextFieldDelegate*>(this);
+    m_titleTextField->setDelegate(fieldDelegate,
+                                  isRow ? nullptr : dynamic_cast<const KRObject*>(fieldDelegate));
     if (hasObserversForKey("placeholder")) {
         didChangeValueForKey("placeholder", oldPlaceholder, this->placeholder());
     }
@@ -593,7 +601,7 @@ void KRCheckListItemView::beginUpdates() {
 
 void KRCheckListItemView::endUpdates() {
     const KRInteger count = m_updateCount;
-    m_updateCount = count - 1;
+    m_updateCount = static_cast<std::int32_t>(count - 1);
     KRAssert(count >= 1, QStringLiteral("endUpdates"), this, QStringLiteral("KRCheckListItemView"), 132,
              QStringLiteral("[WARNING] Internal inconsistency, unbalanced begin/endUpdates detected for: %1")
                  .arg(description()));
@@ -642,7 +650,7 @@ void KRCheckListItemView::update() {
     KRButtonView& checkBox = *m_checkBoxButtonView;
     if (checkBox.image() != looks.checkBoxImage) {
         // The check box's natural size comes from its image: the next size is measured afresh.
-        m_sizeThatFitsCache.valid = false;
+        m_sizeThatFitsCacheValid = false;
     }
     checkBox.beginUpdates();
     checkBox.setImage(looks.checkBoxImage);
@@ -674,7 +682,7 @@ void KRCheckListItemView::update() {
     }
 
     m_titleTextField->setAttributedStringValue(
-        KRAttributedString(m_titleTextField->stringValue(), titleAttributes));
+        KRAttributedString::withSharedAttributes(m_titleTextField->stringValue(), m_titleAttributes));
     m_titleTextField->setNeedsDisplay();
 }
 
@@ -745,16 +753,19 @@ KRSize KRCheckListItemView::sizeThatFits(KRSize size) const {
     // While the title is edited its editor measures it; nothing is kept then.
     const KRTextFieldCell* titleCell = m_titleTextField->cell();
     if (!titleCell || titleCell->currentEditor()) {
-        m_sizeThatFitsCache.valid = false;
+        m_sizeThatFitsCacheValid = false;
         return checkListItemViewLayoutForSize(size).sizeThatFits;
     }
-    SizeThatFitsCache& cache = m_sizeThatFitsCache;
     const std::uint32_t titleSizeGeneration = titleCell->sizeGeneration();
-    if (cache.valid && cache.width == size.width && cache.titleSizeGeneration == titleSizeGeneration) {
-        return KRSize{cache.width, cache.height};
+    if (m_sizeThatFitsCacheValid && m_cachedFittingWidth == size.width &&
+        m_cachedTitleSizeGeneration == titleSizeGeneration) {
+        return KRSize{m_cachedFittingWidth, m_cachedFittingHeight};
     }
     const KRSize fitting = checkListItemViewLayoutForSize(size).sizeThatFits;
-    cache = SizeThatFitsCache{size.width, fitting.height, titleSizeGeneration, fitting.width == size.width};
+    m_cachedFittingWidth = size.width;
+    m_cachedFittingHeight = fitting.height;
+    m_cachedTitleSizeGeneration = titleSizeGeneration;
+    m_sizeThatFitsCacheValid = fitting.width == size.width;
     return fitting;
 }
 

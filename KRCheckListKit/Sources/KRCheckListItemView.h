@@ -11,6 +11,7 @@
 #include <QStringList>
 #include <QVariantMap>
 
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <optional>
@@ -293,28 +294,27 @@ private:
     std::shared_ptr<const KRTextAttributes> m_placeholderAttributes;
     KRSize m_sizeThatFitsAfterLastUpdate;
     KRSize m_sizeThatFitsAfterLastLayout;
-    // The last answer of sizeThatFits, with what it was computed for.
-    struct SizeThatFitsCache {
-        double width = 0.0;
-        double height = 0.0;
-        std::uint32_t titleSizeGeneration = 0;
-        bool valid = false;
-    };
-    mutable SizeThatFitsCache m_sizeThatFitsCache;
+    // The last answer of sizeThatFits, with what it was computed for (valid below).
+    mutable double m_cachedFittingWidth = 0.0;
+    mutable double m_cachedFittingHeight = 0.0;
+    mutable std::uint32_t m_cachedTitleSizeGeneration = 0;
+    // Batches nest a few levels at most.
+    std::int32_t m_updateCount = 0;
     KRUInteger m_status = 0;
     double m_minHeight = 0.0;
-    KRInteger m_updateCount = 0;
     bool m_edited = false;
     bool m_selected = false;
     bool m_dragged = false;
     bool m_drawsTopDivider = false;
     bool m_drawsBottomDivider = false;
     bool m_drawsShadow = false;
-    bool m_handleHovered = false;
     bool m_highlighted = false;
-    bool m_updating = false;
-    bool m_updateScheduled = false;
-    // The field shows an empty placeholder with the current placeholder attributes, so setting an empty
-    // one again changes nothing. Kept because the list sets every row's placeholder after each update.
-    bool m_showsCurrentEmptyPlaceholder = false;
+    // Flags nobody observes share one byte: a list holds thousands of rows.
+    bool m_handleHovered : 1 = false;
+    bool m_updating : 1 = false;
+    bool m_updateScheduled : 1 = false;
+    mutable bool m_sizeThatFitsCacheValid : 1 = false;
+    // The field shows an empty placeholder with the current placeholder attributes, so setting an empty one
+    // again changes nothing: the list sets every row's placeholder after each update.
+    bool m_showsCurrentEmptyPlaceholder : 1 = false;
 };

@@ -294,6 +294,15 @@ KRButtonView::Actions& KRButtonView::mutableActions() {
     return *m_actions;
 }
 
+void KRButtonView::setOnAction(std::function<void(KRButtonView&)> onAction) {
+    Actions& actions = mutableActions();
+    if (!onAction) {
+        actions.onAction.reset();
+        return;
+    }
+    actions.onAction = std::make_unique<std::function<void(KRButtonView&)>>(std::move(onAction));
+}
+
 const KRSelector& KRButtonView::action() const {
     static const KRSelector none;
     return m_actions ? m_actions->action : none;
@@ -312,8 +321,8 @@ void KRButtonView::sendAction() {
     if (KRObject* target = m_actions->target.get(); target && !m_actions->action.isNull()) {
         target->tryToPerform(m_actions->action, this);
     }
-    if (m_actions && m_actions->onAction) {
-        const std::function<void(KRButtonView&)> callback = m_actions->onAction;
+    if (m_actions && m_actions->onAction && *m_actions->onAction) {
+        const std::function<void(KRButtonView&)> callback = *m_actions->onAction;
         callback(*this);
     }
 }

@@ -112,13 +112,16 @@ public:
 
     // Action ---------------------------------------------------------------------------------------------
     KRObject* target() const { return m_actions ? m_actions->target.get() : nullptr; }
-    void setTarget(KRObject* target) { mutableActions().target.reset(target); }
+    // The target is dropped once it is destroyed. With a null lifetimeOwner the owner must clear the target
+    // itself before it goes away (a row targeting its own check box, say), and no token is made for it.
+    void setTarget(KRObject* target) { setTarget(target, target); }
+    void setTarget(KRObject* target, const KRObject* lifetimeOwner) {
+        mutableActions().target.reset(target, lifetimeOwner);
+    }
     const KRSelector& action() const;
     void setAction(const KRSelector& action) { mutableActions().action = action; }
     // Runs after target/action, for C++ callers.
-    void setOnAction(std::function<void(KRButtonView&)> onAction) {
-        mutableActions().onAction = std::move(onAction);
-    }
+    void setOnAction(std::function<void(KRButtonView&)> onAction);
     // Sends the action as a click would.
     void performClick();
 
@@ -191,9 +194,10 @@ private:
     };
     // Where a click goes; only buttons that send actions have one.
     struct Actions {
-        KRWeak<KRObject> target;
+        KRWeakDelegate<KRObject> target;
         KRSelector action;
-        std::function<void(KRButtonView&)> onAction;
+        // Few buttons have a callback; kept apart so the block of those that only send actions stays small.
+        std::unique_ptr<std::function<void(KRButtonView&)>> onAction;
     };
 
     const Appearance& appearance() const;

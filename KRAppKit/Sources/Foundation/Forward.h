@@ -5,6 +5,7 @@ class KRInternalInconsistencyException;
 class KRGenericException;
 class KRAssertionHandler;
 class KRClock;
+template <class T> class KRCompactArray;
 class KRIndexSet;
 class KRMutableIndexSet;
 class KRLogCapture;

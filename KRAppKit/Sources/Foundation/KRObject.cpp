@@ -42,12 +42,42 @@ struct KRObject::SelfObservation {
     }
 };
 
-KRObject::~KRObject() {
-    if (m_side && m_side->lifetimeToken) {
-        // Anyone still holding a strong copy of the token sees null too.
-        *m_side->lifetimeToken = nullptr;
-        m_side->lifetimeToken.reset();
+// Marks an object that is telling its observers, on the notifying thread's stack. An observer may release
+// the object it is told about; its destructor finds the marks and flags them, so the notification stops
+// without the object having to carry a token for it.
+struct KRObject::NotificationGuard {
+    const KRObject* object;
+    NotificationGuard* outer;
+    bool destroyed = false;
+
+    static NotificationGuard*& innermost() {
+        thread_local NotificationGuard* guard = nullptr;
+        return guard;
     }
+    explicit NotificationGuard(const KRObject* notifying) : object(notifying), outer(innermost()) {
+        innermost() = this;
+    }
+    ~NotificationGuard() { innermost() = outer; }
+    NotificationGuard(const NotificationGuard&) = delete;
+    NotificationGuard& operator=(const NotificationGuard&) = delete;
+};
+
+KRObject::~KRObject() {
+    for (NotificationGuard* guard = NotificationGuard::innermost(); guard; guard = guard->outer) {
+        if (guard->object == this) {
+            guard->destroyed = true;
+        }
+    }
+    Side* mine = sideIfAny();
+    if (!mine) {
+        return;
+    }
+    if (mine->lifetimeToken) {
+        // Anyone still holding a strong copy of the token sees null too.
+        *mine->lifetimeToken = nullptr;
+        mine->lifetimeToken.reset();
+    }
+    delete mine;
 }
 
 QString KRObject::description() const {
@@ -60,43 +90,70 @@ QString KRObject::description() const {
 }
 
 KRObject::Side& KRObject::side() const {
-    if (!m_side) {
-        m_side = std::make_unique<Side>();
+    if (Side* mine = sideIfAny()) {
+        return *mine;
     }
-    return *m_side;
+    auto* created = new Side;
+    created->selfObservations = selfObservations();
+    m_extra = reinterpret_cast<std::uintptr_t>(created);
+    return *created;
+}
+
+const KRObject::SelfObservation* KRObject::selfObservations() const {
+    if (m_extra & kSelfObservationsTag) {
+        return reinterpret_cast<const SelfObservation*>(m_extra & ~kSelfObservationsTag);
+    }
+    const Side* mine = sideIfAny();
+    return mine ? mine->selfObservations : nullptr;
+}
+
+void KRObject::setSelfObservations(const SelfObservation* observations) {
+    if (Side* mine = sideIfAny()) {
+        mine->selfObservations = observations;
+    } else if (observations) {
+        static_assert(alignof(SelfObservation) > kSelfObservationsTag);
+        m_extra = reinterpret_cast<std::uintptr_t>(observations) | kSelfObservationsTag;
+    } else {
+        m_extra = 0;
+    }
 }
 
 std::size_t KRObject::observationCount() const {
-    if (m_selfObservations) {
-        return m_selfObservations->count;
+    if (const SelfObservation* self = selfObservations()) {
+        return self->count;
     }
-    return m_side ? m_side->observations.size() : 0;
+    const Side* mine = sideIfAny();
+    return mine ? mine->observations.size() : 0;
 }
 
 void KRObject::reserveObservations(std::size_t count) {
     if (hasExplicitObservations()) {
-        m_side->observations.reserve(count);
+        sideIfAny()->observations.reserve(count);
     }
 }
 
 std::vector<KRObject::Observation> KRObject::observationInfo() const {
-    if (!m_selfObservations) {
-        return m_side ? m_side->observations : std::vector<Observation>();
+    const SelfObservation* self = selfObservations();
+    if (!self) {
+        const Side* mine = sideIfAny();
+        return mine ? mine->observations : std::vector<Observation>();
     }
-    std::vector<Observation> observations(m_selfObservations->count);
+    std::vector<Observation> observations(self->count);
     auto slot = observations.rbegin();
-    for (const SelfObservation* node = m_selfObservations; node; node = node->previous, ++slot) {
+    for (const SelfObservation* node = self; node; node = node->previous, ++slot) {
         *slot = Observation{const_cast<KRObject*>(this), node->keyPath, node->options, node->context};
     }
     return observations;
 }
 
 void KRObject::makeObservationsExplicit() {
-    if (!m_selfObservations) {
+    if (!selfObservations()) {
         return;
     }
-    side().observations = observationInfo();
-    m_selfObservations = nullptr;
+    std::vector<Observation> explicitOnes = observationInfo();
+    Side& mine = side();
+    mine.observations = std::move(explicitOnes);
+    mine.selfObservations = nullptr;
 }
 
 const std::shared_ptr<KRObject*>& KRObject::lifetimeToken() const {
@@ -112,7 +169,7 @@ void KRObject::addObserver(KRObject* observer, const char* keyPath, unsigned opt
         return;
     }
     if (observer == this && !hasExplicitObservations()) {
-        m_selfObservations = SelfObservation::following(m_selfObservations, keyPath, options, context);
+        setSelfObservations(SelfObservation::following(selfObservations(), keyPath, options, context));
         return;
     }
     makeObservationsExplicit();
@@ -121,16 +178,17 @@ void KRObject::addObserver(KRObject* observer, const char* keyPath, unsigned opt
 
 void KRObject::removeObserver(KRObject* observer, const char* keyPath, const void* context) {
     // The most recent matching registration goes first, so nested add/remove pairs unwind correctly.
-    const SelfObservation* last = m_selfObservations;
+    const SelfObservation* last = selfObservations();
     if (last && observer == this && last->context == context && sameKey(last->keyPath, keyPath)) {
-        m_selfObservations = last->previous;
+        setSelfObservations(last->previous);
         return;
     }
     makeObservationsExplicit();
-    if (!m_side) {
+    Side* mine = sideIfAny();
+    if (!mine) {
         return;
     }
-    auto& observations = m_side->observations;
+    auto& observations = mine->observations;
     for (auto it = observations.rbegin(); it != observations.rend(); ++it) {
         if (it->observer == observer && it->context == context && sameKey(it->keyPath, keyPath)) {
             observations.erase(std::next(it).base());
@@ -140,16 +198,17 @@ void KRObject::removeObserver(KRObject* observer, const char* keyPath, const voi
 }
 
 bool KRObject::hasObserversForKey(const char* keyPath) const {
-    for (const SelfObservation* node = m_selfObservations; node; node = node->previous) {
+    for (const SelfObservation* node = selfObservations(); node; node = node->previous) {
         if (sameKey(node->keyPath, keyPath)) {
             return true;
         }
     }
-    if (!m_side) {
+    const Side* mine = sideIfAny();
+    if (!mine) {
         return false;
     }
     return std::any_of(
-        m_side->observations.begin(), m_side->observations.end(),
+        mine->observations.begin(), mine->observations.end(),
         [keyPath](const Observation& observation) { return sameKey(observation.keyPath, keyPath); });
 }
 
@@ -158,18 +217,18 @@ bool KRObject::isRegistered(const Observation& observation) const {
         return observer == observation.observer && context == observation.context &&
                options == observation.options && sameKey(keyPath, observation.keyPath);
     };
-    for (const SelfObservation* node = m_selfObservations; node; node = node->previous) {
+    for (const SelfObservation* node = selfObservations(); node; node = node->previous) {
         if (same(const_cast<KRObject*>(this), node->keyPath, node->options, node->context)) {
             return true;
         }
     }
-    if (!m_side) {
+    const Side* mine = sideIfAny();
+    if (!mine) {
         return false;
     }
-    return std::any_of(m_side->observations.begin(), m_side->observations.end(),
-                       [&](const Observation& current) {
-                           return same(current.observer, current.keyPath, current.options, current.context);
-                       });
+    return std::any_of(mine->observations.begin(), mine->observations.end(), [&](const Observation& current) {
+        return same(current.observer, current.keyPath, current.options, current.context);
+    });
 }
 
 void KRObject::observeValueForKeyPath(const char*, KRObject*, const KRKeyValueChange&, const void*) {}
@@ -187,15 +246,15 @@ void KRObject::didChangeValueForKey(const char* keyPath, const QVariant& oldValu
     // snapshot and re-check each registration before calling it. A key has one or two observers as a rule,
     // so the snapshot stays off the heap.
     QVarLengthArray<Observation, 4> matching;
-    if (m_selfObservations) {
-        for (const SelfObservation* node = m_selfObservations; node; node = node->previous) {
+    if (const SelfObservation* self = selfObservations()) {
+        for (const SelfObservation* node = self; node; node = node->previous) {
             if (sameKey(node->keyPath, keyPath)) {
                 matching.append(Observation{this, node->keyPath, node->options, node->context});
             }
         }
         std::reverse(matching.begin(), matching.end());
-    } else if (m_side) {
-        for (const Observation& observation : m_side->observations) {
+    } else if (const Side* mine = sideIfAny()) {
+        for (const Observation& observation : mine->observations) {
             if (sameKey(observation.keyPath, keyPath)) {
                 matching.append(observation);
             }
@@ -204,9 +263,9 @@ void KRObject::didChangeValueForKey(const char* keyPath, const QVariant& oldValu
     if (matching.empty()) {
         return;
     }
-    const std::weak_ptr<KRObject*> alive = lifetimeToken();
+    const NotificationGuard guard(this);
     for (const Observation& observation : matching) {
-        if (alive.expired()) {
+        if (guard.destroyed) {
             return;
         }
         if (!isRegistered(observation)) {

@@ -4,6 +4,7 @@
 
 #include <QVariant>
 
+#include <cstdint>
 #include <memory>
 #include <vector>
 
@@ -86,23 +87,35 @@ protected:
 
 private:
     struct SelfObservation;
+    struct NotificationGuard;
     // What few objects need: registrations by other observers, and the token weak references watch.
     struct Side {
         std::vector<Observation> observations;
         std::shared_ptr<KRObject*> lifetimeToken;
+        const SelfObservation* selfObservations = nullptr;
     };
 
     Side& side() const;
-    bool hasExplicitObservations() const { return m_side && !m_side->observations.empty(); }
+    Side* sideIfAny() const {
+        return (m_extra & kSelfObservationsTag) ? nullptr : reinterpret_cast<Side*>(m_extra);
+    }
+    const SelfObservation* selfObservations() const;
+    void setSelfObservations(const SelfObservation* observations);
+    bool hasExplicitObservations() const {
+        const Side* mine = sideIfAny();
+        return mine && !mine->observations.empty();
+    }
     // Moves the shared self-registrations into this object's own list, keeping their order.
     void makeObservationsExplicit();
     bool isRegistered(const Observation& observation) const;
 
-    // Objects that observe their own keys (every list row does, a dozen times) share their registrations:
-    // while only the object itself observes, the list is a path in a process-wide tree of registration
-    // sequences, and the object holds the last node of its path.
-    const SelfObservation* m_selfObservations = nullptr;
-    mutable std::unique_ptr<Side> m_side;
+    // One word for what few objects need. Objects that observe their own keys (every list row does, a
+    // dozen times) share their registrations: while only the object itself observes, the list is a path in
+    // a process-wide tree of registration sequences, and the object holds the last node of its path, tagged
+    // in the low bit. Once the object needs a side block (other observers, weak references), the word
+    // points at that block, which keeps the node instead.
+    static constexpr std::uintptr_t kSelfObservationsTag = 1;
+    mutable std::uintptr_t m_extra = 0;
 };
 
 // A non-owning reference that reads as null once its object is destroyed.

@@ -17,8 +17,8 @@ KRTextFieldCell::KRTextFieldCell(const QString& string)
       m_editable(false), m_selectable(false) {}
 
 KRTextFieldCell::~KRTextFieldCell() {
-    if (m_editor) {
-        endEditing(m_editor.get());
+    if (m_editing) {
+        endEditing(m_editing->editor.get());
     }
 }
 
@@ -161,10 +161,11 @@ std::shared_ptr<KRTextView> KRTextFieldCell::fieldEditorForView(KRView*) {
 }
 
 KRTextView* KRTextFieldCell::currentEditor() const {
-    if (!m_editor || !m_editorClipView || m_editor->superview() != m_editorClipView.get()) {
+    if (!m_editing || !m_editing->editor || !m_editing->clipView ||
+        m_editing->editor->superview() != m_editing->clipView.get()) {
         return nullptr;
     }
-    return m_editor.get();
+    return m_editing->editor.get();
 }
 
 void KRTextFieldCell::loadEditor(KRTextView& editor) const {
@@ -186,17 +187,17 @@ void KRTextFieldCell::attachEditor(KRRect frame, KRView* controlView,
     if (!editor || !controlView) {
         return;
     }
-    if (m_editor) {
-        endEditing(m_editor.get());
+    if (m_editing) {
+        endEditing(m_editing->editor.get());
     }
     loadEditor(*editor);
-    m_editorClipView = std::make_shared<KRView>(frame);
-    m_editorClipView->setIdentifier(QStringLiteral("fieldEditorClipView"));
-    controlView->addSubview(m_editorClipView);
-    m_editorClipView->addSubview(editor);
+    auto clipView = std::make_shared<KRView>(frame);
+    clipView->setIdentifier(QStringLiteral("fieldEditorClipView"));
+    controlView->addSubview(clipView);
+    clipView->addSubview(editor);
     editor->setFrame(KRRect{KRPointZero, frame.size});
     editor->setDelegate(delegate);
-    m_editor = editor;
+    m_editing = std::make_unique<Editing>(Editing{std::move(clipView), editor});
     setNeedsDisplayWithFocusRing(*controlView);
     if (KRWindow* window = controlView->window()) {
         window->makeFirstResponder(editor.get());
@@ -223,13 +224,17 @@ void KRTextFieldCell::selectWithFrameInViewEditorDelegateStartLength(
 }
 
 void KRTextFieldCell::endEditing(KRTextView* editor) {
-    if (!editor || editor != m_editor.get()) {
+    if (!editor || !m_editing || editor != m_editing->editor.get()) {
         return;
     }
     // A composition in progress is committed while the field still hears about changes.
     editor->unmarkText();
-    const std::shared_ptr<KRTextView> keepAlive = std::move(m_editor);
-    const std::shared_ptr<KRView> clipView = std::move(m_editorClipView);
+    if (!m_editing) {
+        return;
+    }
+    const std::unique_ptr<Editing> ending = std::move(m_editing);
+    const std::shared_ptr<KRTextView> keepAlive = std::move(ending->editor);
+    const std::shared_ptr<KRView> clipView = std::move(ending->clipView);
     keepAlive->setDelegate(nullptr);
     KRView* controlView = clipView ? clipView->superview() : nullptr;
     if (keepAlive->superview() == clipView.get()) {

@@ -123,8 +123,13 @@ private:
     QFont m_font;
     QColor m_textColor;
     QColor m_backgroundColor;
-    std::shared_ptr<KRView> m_editorClipView;
-    std::shared_ptr<KRTextView> m_editor; // held while attached, like any subview
+    // The editor and the view clipping it, held while attached like any subview. Most cells are never
+    // edited, so this is allocated when an edit starts and dropped when it ends.
+    struct Editing {
+        std::shared_ptr<KRView> clipView;
+        std::shared_ptr<KRTextView> editor;
+    };
+    std::unique_ptr<Editing> m_editing;
     mutable std::array<CachedSize, 2> m_sizeCache;
     mutable std::uint8_t m_nextCacheSlot = 0;
     int m_lineBreakMode = KRLineBreakByWordWrapping;

@@ -2,13 +2,13 @@
 
 #include "Animation/KRAnimationTransaction.h"
 #include "Foundation/KRClock.h"
-#include "Foundation/KRSharedValues.h"
 #include "Views/KRTrackingArea.h"
 #include "Views/KRWindow.h"
 
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <utility>
 
 namespace {
 
@@ -52,19 +52,21 @@ struct KRView::Animations final : KRAnimatable {
 KRView::KRView(KRRect frame) : m_frame(frame) {}
 
 KRView::~KRView() {
-    if (m_trackingAreas) {
-        for (const auto& area : *m_trackingAreas) {
-            area->ownerWillBeDestroyed(this);
-        }
+    for (const auto& area : m_trackingAreas) {
+        area->ownerWillBeDestroyed(this);
     }
     if (m_animations) {
         KRAnimationEngine::shared().removeAnimatingObject(m_animations.get());
         auto finished = std::move(m_animations);
     }
+    KRWindow* const formerWindow = window();
     for (const auto& subview : m_subviews) {
-        subview->m_superview = nullptr;
-        subview->setWindowRecursively(nullptr);
+        subview->m_parent = 0;
+        if (formerWindow) {
+            subview->windowDidChange(nullptr);
+        }
     }
+    releaseLooks(std::exchange(m_looks, nullptr));
 }
 
 // Built in place and never destroyed: reading the defaults allocates nothing, and a view torn down during
@@ -74,13 +76,37 @@ const KRView::Looks& KRView::defaultLooks() {
     return defaults;
 }
 
-std::shared_ptr<const KRView::Looks> KRView::sharedLooks(const Looks& looks) {
+const KRView::Looks* KRView::sharedLooks(const Looks& looks) {
     if (looks == defaultLooks()) {
         return nullptr;
     }
-    // A row's views go through the same few looks while it is set up and updated.
-    static KRSharedValues<Looks, 32> recent;
-    return recent.shared(looks);
+    // A row's views go through the same few looks while it is set up and updated. The cache holds a
+    // reference to each block it keeps, most recently used first; it is never destroyed, so views torn
+    // down during static destruction still release into it safely.
+    constexpr std::size_t capacity = 32;
+    static auto* const recent = new std::vector<const Looks*>();
+    const auto found = std::find_if(recent->begin(), recent->end(),
+                                    [&looks](const Looks* known) { return *known == looks; });
+    if (found != recent->end()) {
+        std::rotate(recent->begin(), found, std::next(found));
+    } else {
+        if (recent->size() == capacity) {
+            releaseLooks(recent->back());
+            recent->pop_back();
+        }
+        auto* created = new Looks(looks);
+        created->references = 1;
+        recent->insert(recent->begin(), created);
+    }
+    const Looks* shared = recent->front();
+    ++shared->references;
+    return shared;
+}
+
+void KRView::releaseLooks(const Looks* looks) {
+    if (looks && --looks->references == 0) {
+        delete looks;
+    }
 }
 
 const KRView::Identity& KRView::defaultIdentity() {
@@ -112,12 +138,12 @@ void KRView::addSubviewPositionedRelativeTo(const std::shared_ptr<KRView>& view,
         return;
     }
     const std::shared_ptr<KRView> keepAlive = view;
-    const bool movingAmongSiblings = view->m_superview == this;
+    const bool movingAmongSiblings = view->superview() == this;
     if (movingAmongSiblings) {
         m_subviews.erase(std::find(m_subviews.begin(), m_subviews.end(), view));
     } else {
         view->viewWillMoveToSuperview(this);
-        if (view->m_superview) {
+        if (view->superview()) {
             view->removeFromSuperview();
         }
     }
@@ -134,8 +160,11 @@ void KRView::addSubviewPositionedRelativeTo(const std::shared_ptr<KRView>& view,
     m_subviews.insert(position, view);
 
     if (!movingAmongSiblings) {
-        view->m_superview = this;
-        view->setWindowRecursively(m_window);
+        KRWindow* const formerWindow = view->window();
+        view->m_parent = reinterpret_cast<std::uintptr_t>(this);
+        if (KRWindow* const newWindow = window(); newWindow != formerWindow) {
+            view->windowDidChange(newWindow);
+        }
         if (view->m_needsLayout || view->m_subtreeNeedsLayout) {
             view->noteSubtreeNeedsLayout();
         }
@@ -145,12 +174,12 @@ void KRView::addSubviewPositionedRelativeTo(const std::shared_ptr<KRView>& view,
 }
 
 void KRView::removeFromSuperview() {
-    if (!m_superview) {
+    if (!superview()) {
         return;
     }
     setNeedsDisplay();
-    if (m_window) {
-        m_window->viewWillBeRemoved(this);
+    if (KRWindow* const window = this->window()) {
+        window->viewWillBeRemoved(this);
     }
     viewWillMoveToSuperview(nullptr);
     detachFromSuperview();
@@ -158,7 +187,8 @@ void KRView::removeFromSuperview() {
 
 // Kept separate so the last owner can go away at the very end, after nothing touches this view any more.
 void KRView::detachFromSuperview() {
-    auto& siblings = m_superview->m_subviews;
+    KRWindow* const formerWindow = window();
+    auto& siblings = superview()->m_subviews;
     auto it = std::find_if(siblings.begin(), siblings.end(),
                            [this](const auto& subview) { return subview.get() == this; });
     std::shared_ptr<KRView> keepAlive;
@@ -166,13 +196,15 @@ void KRView::detachFromSuperview() {
         keepAlive = std::move(*it);
         siblings.erase(it);
     }
-    m_superview = nullptr;
-    setWindowRecursively(nullptr);
+    m_parent = 0;
+    if (formerWindow) {
+        windowDidChange(nullptr);
+    }
     viewDidMoveToSuperview();
 }
 
 bool KRView::isDescendantOf(const KRView* view) const {
-    for (const KRView* ancestor = this; ancestor; ancestor = ancestor->m_superview) {
+    for (const KRView* ancestor = this; ancestor; ancestor = ancestor->superview()) {
         if (ancestor == view) {
             return true;
         }
@@ -181,14 +213,20 @@ bool KRView::isDescendantOf(const KRView* view) const {
 }
 
 KRWindow* KRView::window() const {
-    return m_window;
+    const KRView* root = this;
+    while (KRView* up = root->superview()) {
+        root = up;
+    }
+    return (root->m_parent & kWindowTag) ? reinterpret_cast<KRWindow*>(root->m_parent & ~kWindowTag)
+                                         : nullptr;
 }
 
 std::shared_ptr<KRView> KRView::sharedFromSuperview() const {
-    if (!m_superview) {
+    const KRView* parent = superview();
+    if (!parent) {
         return nullptr;
     }
-    for (const auto& subview : m_superview->m_subviews) {
+    for (const auto& subview : parent->m_subviews) {
         if (subview.get() == this) {
             return subview;
         }
@@ -200,19 +238,26 @@ void KRView::viewWillMoveToSuperview(KRView*) {}
 void KRView::viewDidMoveToSuperview() {}
 void KRView::viewDidMoveToWindow() {}
 
+// Only a view without a superview keeps a window of its own.
 void KRView::setWindowRecursively(KRWindow* window) {
-    if (m_window == window) {
+    if (superview() || this->window() == window) {
         return;
     }
-    m_window = window;
+    static_assert(alignof(KRWindow) > kWindowTag);
+    m_parent = window ? reinterpret_cast<std::uintptr_t>(window) | kWindowTag : 0;
+    windowDidChange(window);
+}
+
+// The whole subtree already answers the new window; each view hears of it after its subviews.
+void KRView::windowDidChange(KRWindow* window) {
     for (const auto& subview : m_subviews) {
-        subview->setWindowRecursively(window);
+        subview->windowDidChange(window);
     }
     if (window) {
         if (m_needsLayout || m_subtreeNeedsLayout) {
             window->setNeedsUpdate();
         }
-        if (m_trackingAreas && !m_trackingAreas->empty()) {
+        if (!trackingAreas().empty()) {
             setNeedsTrackingAreaUpdate();
         }
     }
@@ -254,7 +299,7 @@ void KRView::frameDidChange(bool sizeChanged) {
     }
     setNeedsDisplay();
     // Areas are in the view's own coordinates: moving the view moves them along.
-    if (sizeChanged && m_trackingAreas && !m_trackingAreas->empty()) {
+    if (sizeChanged && !trackingAreas().empty()) {
         setNeedsTrackingAreaUpdate();
     }
     if (hasObserversForKey("frame")) {
@@ -317,7 +362,7 @@ void KRView::setHidden(bool hidden) {
 }
 
 bool KRView::isHiddenOrHasHiddenAncestor() const {
-    for (const KRView* view = this; view; view = view->m_superview) {
+    for (const KRView* view = this; view; view = view->superview()) {
         if (view->m_hidden) {
             return true;
         }
@@ -488,12 +533,13 @@ void KRView::setNeedsLayout(bool needsLayout) {
 
 // Ancestors remember that something below them needs layout, so a pass skips clean subtrees.
 void KRView::noteSubtreeNeedsLayout() {
-    for (KRView* ancestor = m_superview; ancestor && !ancestor->m_subtreeNeedsLayout;
-         ancestor = ancestor->m_superview) {
+    KRView* ancestor = superview();
+    for (; ancestor && !ancestor->m_subtreeNeedsLayout; ancestor = ancestor->superview()) {
         ancestor->m_subtreeNeedsLayout = true;
     }
-    if (m_window) {
-        m_window->setNeedsUpdate();
+    // From where the walk stopped: the root above it is the same.
+    if (KRWindow* const window = ancestor ? ancestor->window() : this->window()) {
+        window->setNeedsUpdate();
     }
 }
 
@@ -543,7 +589,7 @@ KRView::SubviewDisplayCoverage::SubviewDisplayCoverage(KRView* view) : m_previou
     m_view = view;
     m_offsetToWindow = view->convertPointToView(KRPointZero, nullptr);
     m_markedInWindow =
-        view->m_superview ? view->m_superview->convertRectToView(view->m_frame, nullptr) : view->m_frame;
+        view->superview() ? view->superview()->convertRectToView(view->m_frame, nullptr) : view->m_frame;
     const KRView* content = window->contentView();
     m_contentInWindow = content ? content->frame() : KRRectNull;
     currentDisplayCoverage = this;
@@ -556,7 +602,7 @@ KRView::SubviewDisplayCoverage::~SubviewDisplayCoverage() {
 }
 
 bool KRView::SubviewDisplayCoverage::covers(const KRView& subview) const {
-    if (subview.m_superview != m_view || subview.hasRunningAnimations()) {
+    if (subview.superview() != m_view || subview.hasRunningAnimations()) {
         return false;
     }
     const Looks& looks = subview.looks();
@@ -569,10 +615,11 @@ bool KRView::SubviewDisplayCoverage::covers(const KRView& subview) const {
 }
 
 void KRView::setNeedsDisplay() {
-    if (!m_window) {
+    if (currentDisplayCoverage && currentDisplayCoverage->covers(*this)) {
         return;
     }
-    if (currentDisplayCoverage && currentDisplayCoverage->covers(*this)) {
+    KRWindow* const window = this->window();
+    if (!window) {
         return;
     }
     KRRect visual = KRRectUnion(m_frame, presentationFrame());
@@ -608,13 +655,14 @@ void KRView::setNeedsDisplay() {
     }
     // A view that does not clip may draw subviews outside its frame; they report their own areas, so
     // marking the frame is enough here.
-    const KRRect inWindow = m_superview ? m_superview->convertRectToView(visual, nullptr) : visual;
-    m_window->setNeedsDisplayInRect(inWindow);
+    const KRView* const parent = superview();
+    const KRRect inWindow = parent ? parent->convertRectToView(visual, nullptr) : visual;
+    window->setNeedsDisplayInRect(inWindow);
 }
 
 void KRView::setNeedsDisplayInRect(KRRect rect) {
-    if (m_window) {
-        m_window->setNeedsDisplayInRect(convertRectToView(rect, nullptr));
+    if (KRWindow* const window = this->window()) {
+        window->setNeedsDisplayInRect(convertRectToView(rect, nullptr));
     }
 }
 
@@ -637,7 +685,7 @@ KRView* KRView::hitTest(KRPoint point) {
 
 KRPoint KRView::convertPointToView(KRPoint point, const KRView* view) const {
     // Up to the root (whose superview coordinates are the window's), then down into view.
-    for (const KRView* current = this; current; current = current->m_superview) {
+    for (const KRView* current = this; current; current = current->superview()) {
         point = offsetIntoParent(point, *current);
     }
     return view ? view->convertPointFromView(point, nullptr) : point;
@@ -648,7 +696,7 @@ KRPoint KRView::convertPointFromView(KRPoint point, const KRView* view) const {
         point = view->convertPointToView(point, nullptr);
     }
     std::vector<const KRView*> chain;
-    for (const KRView* current = this; current; current = current->m_superview) {
+    for (const KRView* current = this; current; current = current->superview()) {
         chain.push_back(current);
     }
     for (auto it = chain.rbegin(); it != chain.rend(); ++it) {
@@ -675,21 +723,25 @@ KRRect KRView::convertRectFromView(KRRect rect, const KRView* view) const {
 
 KRPoint KRView::convertPointToScreen(KRPoint point) const {
     const KRPoint inWindow = convertPointToView(point, nullptr);
-    return m_window ? m_window->convertPointToScreen(inWindow) : inWindow;
+    KRWindow* const window = this->window();
+    return window ? window->convertPointToScreen(inWindow) : inWindow;
 }
 
 KRPoint KRView::convertPointFromScreen(KRPoint point) const {
-    const KRPoint inWindow = m_window ? m_window->convertPointFromScreen(point) : point;
+    KRWindow* const window = this->window();
+    const KRPoint inWindow = window ? window->convertPointFromScreen(point) : point;
     return convertPointFromView(inWindow, nullptr);
 }
 
 KRRect KRView::convertRectToScreen(KRRect rect) const {
     const KRRect inWindow = convertRectToView(rect, nullptr);
-    return m_window ? m_window->convertRectToScreen(inWindow) : inWindow;
+    KRWindow* const window = this->window();
+    return window ? window->convertRectToScreen(inWindow) : inWindow;
 }
 
 KRRect KRView::convertRectFromScreen(KRRect rect) const {
-    const KRRect inWindow = m_window ? m_window->convertRectFromScreen(rect) : rect;
+    KRWindow* const window = this->window();
+    const KRRect inWindow = window ? window->convertRectFromScreen(rect) : rect;
     return convertRectFromView(inWindow, nullptr);
 }
 
@@ -699,33 +751,27 @@ void KRView::addTrackingArea(const std::shared_ptr<KRTrackingArea>& area) {
     if (!area) {
         return;
     }
-    if (!m_trackingAreas) {
-        m_trackingAreas = std::make_unique<std::vector<std::shared_ptr<KRTrackingArea>>>();
-    }
-    m_trackingAreas->push_back(area);
+    m_trackingAreas.push_back(area);
 }
 
 void KRView::removeTrackingArea(const KRTrackingArea* area) {
-    if (!m_trackingAreas) {
-        return;
-    }
-    auto& areas = *m_trackingAreas;
-    areas.erase(
-        std::remove_if(areas.begin(), areas.end(), [area](const auto& each) { return each.get() == area; }),
-        areas.end());
+    m_trackingAreas.erase(std::remove_if(m_trackingAreas.begin(), m_trackingAreas.end(),
+                                         [area](const auto& each) { return each.get() == area; }),
+                          m_trackingAreas.end());
 }
 
 // Marks the view and the path to it, so the window's pass visits only the views that asked.
 void KRView::setNeedsTrackingAreaUpdate() {
-    if (!m_window) {
+    KRWindow* const window = this->window();
+    if (!window) {
         return;
     }
     m_needsTrackingAreaUpdate = true;
-    for (KRView* ancestor = m_superview; ancestor && !ancestor->m_subtreeNeedsTrackingAreaUpdate;
-         ancestor = ancestor->m_superview) {
+    for (KRView* ancestor = superview(); ancestor && !ancestor->m_subtreeNeedsTrackingAreaUpdate;
+         ancestor = ancestor->superview()) {
         ancestor->m_subtreeNeedsTrackingAreaUpdate = true;
     }
-    m_window->setNeedsUpdate();
+    window->setNeedsUpdate();
 }
 
 void KRView::updateTrackingAreasIfNeeded() {
@@ -744,11 +790,6 @@ void KRView::updateTrackingAreasIfNeeded() {
             subview->updateTrackingAreasIfNeeded();
         }
     }
-}
-
-const std::vector<std::shared_ptr<KRTrackingArea>>& KRView::trackingAreas() const {
-    static const std::vector<std::shared_ptr<KRTrackingArea>> none;
-    return m_trackingAreas ? *m_trackingAreas : none;
 }
 
 // Responder and key views --------------------------------------------------------------------------------
@@ -771,10 +812,10 @@ KRResponder* KRView::nextResponder() const {
     if (KRResponder* explicitNext = identity().nextResponder.get()) {
         return explicitNext;
     }
-    if (m_superview) {
-        return m_superview;
+    if (KRView* parent = superview()) {
+        return parent;
     }
-    return m_window;
+    return window();
 }
 
 bool KRView::acceptsFirstMouse(const KREvent*) const {

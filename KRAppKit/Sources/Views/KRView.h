@@ -3,6 +3,7 @@
 #include "Animation/EZAnimationContext.h"
 #include "Animation/KRAnimationEngine.h"
 #include "Animation/KRPropertyAnimation.h"
+#include "Foundation/KRCompactArray.h"
 #include "Geometry/KRGeometry.h"
 #include "Views/KRCursor.h"
 #include "Views/KRResponder.h"
@@ -12,6 +13,7 @@
 #include <QString>
 #include <QStringList>
 
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <vector>
@@ -38,9 +40,11 @@ public:
     ~KRView() override;
 
     // Tree -----------------------------------------------------------------------------------------------
-    KRView* superview() const { return m_superview; }
+    KRView* superview() const {
+        return (m_parent & kWindowTag) ? nullptr : reinterpret_cast<KRView*>(m_parent);
+    }
     // Back to front.
-    const std::vector<std::shared_ptr<KRView>>& subviews() const { return m_subviews; }
+    const KRCompactArray<std::shared_ptr<KRView>>& subviews() const { return m_subviews; }
     // Adds view in front of its siblings (removing it from a former superview first).
     void addSubview(const std::shared_ptr<KRView>& view);
     // Above/Below relativeTo (front/back of all siblings when relativeTo is null). Adding a view that is
@@ -49,6 +53,8 @@ public:
                                         const KRView* relativeTo);
     void removeFromSuperview();
     bool isDescendantOf(const KRView* view) const; // true for the view itself
+    // Room for count subviews, for a view that knows how many it is about to get.
+    void reserveSubviews(std::size_t count) { m_subviews.reserve(count); }
     KRWindow* window() const;
     std::shared_ptr<KRView> sharedFromSuperview() const; // the owning pointer held by the superview
     virtual void viewWillMoveToSuperview(KRView* newSuperview);
@@ -169,7 +175,7 @@ public:
     // Tracking areas and cursors -------------------------------------------------------------------------
     void addTrackingArea(const std::shared_ptr<KRTrackingArea>& area);
     void removeTrackingArea(const KRTrackingArea* area);
-    const std::vector<std::shared_ptr<KRTrackingArea>>& trackingAreas() const;
+    const KRCompactArray<std::shared_ptr<KRTrackingArea>>& trackingAreas() const { return m_trackingAreas; }
     // Called by the window's next pass after the geometry of a view that owns tracking areas changed, and
     // when such a view joins a window; subclasses rebuild their areas here. A view that wants these calls
     // adds its area up front (an empty rect will do).
@@ -207,8 +213,10 @@ public:
 protected:
     // Asks the animation engine to advance this view (advanceAnimationsToTime) until it answers false.
     void beginAnimating();
-    // Window bookkeeping, called while the tree changes.
+    // Window bookkeeping: the window sets itself on its content view, and views joining or leaving a tree
+    // tell their subtree when that changes the window.
     void setWindowRecursively(KRWindow* window);
+    void windowDidChange(KRWindow* window);
     void setNeedsTrackingAreaUpdate();
     // Runs updateTrackingAreas on this view and every descendant that asked, parents first.
     void updateTrackingAreasIfNeeded();
@@ -226,8 +234,16 @@ private:
         double scale = 1.0;
         QColor borderColor;
         QColor shadowColor{0, 0, 0};
+        // Holders of a shared block: the views that show it and the cache of recent ones. A count of its
+        // own, rather than a shared_ptr, keeps the view's handle to one word.
+        mutable std::uint32_t references = 0;
 
-        friend bool operator==(const Looks&, const Looks&) = default;
+        bool operator==(const Looks& other) const {
+            return shadowOffset == other.shadowOffset && borderWidth == other.borderWidth &&
+                   cornerRadius == other.cornerRadius && shadowOpacity == other.shadowOpacity &&
+                   shadowRadius == other.shadowRadius && scale == other.scale &&
+                   borderColor == other.borderColor && shadowColor == other.shadowColor;
+        }
     };
     // Identity and wiring that few views have, allocated by the first setter that needs it.
     struct Identity {
@@ -244,9 +260,13 @@ private:
     template <class Change> void changeLooks(Change change) {
         Looks changed = looks();
         change(changed);
-        m_looks = sharedLooks(changed);
+        const Looks* shared = sharedLooks(changed);
+        releaseLooks(m_looks);
+        m_looks = shared;
     }
-    static std::shared_ptr<const Looks> sharedLooks(const Looks& looks);
+    // A shared block equal to looks with a reference taken for the caller, or null for the defaults.
+    static const Looks* sharedLooks(const Looks& looks);
+    static void releaseLooks(const Looks* looks);
     static const Identity& defaultIdentity();
     const Identity& identity() const { return m_identity ? *m_identity : defaultIdentity(); }
     Identity& mutableIdentity();
@@ -270,17 +290,19 @@ private:
     void detachFromSuperview();
 
     // List rows are built from about ten views each, so every byte stored here is paid ten times a row.
-    KRView* m_superview = nullptr;
-    KRWindow* m_window = nullptr;
-    std::vector<std::shared_ptr<KRView>> m_subviews;
+    // The superview, or for a window's content view the window, tagged in the low bit. Other views find their
+    // window through their root.
+    static constexpr std::uintptr_t kWindowTag = 1;
+    std::uintptr_t m_parent = 0;
+    KRCompactArray<std::shared_ptr<KRView>> m_subviews;
     KRRect m_frame;
     double m_alphaValue = 1.0;
     QColor m_backgroundColor;
     // Kept out of the rare block: rows name most of their views, and a literal identifier costs nothing here.
     QString m_identifier;
-    std::shared_ptr<const Looks> m_looks;
+    const Looks* m_looks = nullptr;
     std::unique_ptr<Identity> m_identity;
-    std::unique_ptr<std::vector<std::shared_ptr<KRTrackingArea>>> m_trackingAreas;
+    KRCompactArray<std::shared_ptr<KRTrackingArea>> m_trackingAreas;
     std::unique_ptr<Animations> m_animations;
     bool m_hidden = false;
     bool m_masksToBounds = false;

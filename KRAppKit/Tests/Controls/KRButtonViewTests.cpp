@@ -139,6 +139,39 @@ TEST_F(KRButtonViewTests, OnActionRunsAfterTargetAction) {
     EXPECT_EQ(order[0], 1);
 }
 
+TEST_F(KRButtonViewTests, ClearedOnActionLeavesTargetActionAlone) {
+    int calls = 0;
+    m_button->setOnAction([&](KRButtonView&) { ++calls; });
+    m_button->setOnAction({});
+    down(30, 30);
+    up(30, 30);
+    EXPECT_EQ(calls, 0);
+    EXPECT_EQ(m_target.count, 1);
+}
+
+TEST_F(KRButtonViewTests, TargetIsDroppedWithItsOwner) {
+    {
+        ActionTarget shortLived;
+        m_button->setTarget(&shortLived);
+        EXPECT_EQ(m_button->target(), &shortLived);
+    }
+    EXPECT_EQ(m_button->target(), nullptr);
+    down(30, 30);
+    up(30, 30);
+    EXPECT_EQ(m_target.count, 0);
+}
+
+TEST_F(KRButtonViewTests, TargetWithoutALifetimeOwnerStaysUntilCleared) {
+    ActionTarget other;
+    m_button->setTarget(&other, nullptr);
+    EXPECT_EQ(m_button->target(), &other);
+    down(30, 30);
+    up(30, 30);
+    EXPECT_EQ(other.count, 1);
+    m_button->setTarget(nullptr);
+    EXPECT_EQ(m_button->target(), nullptr);
+}
+
 TEST_F(KRButtonViewTests, DisabledButtonIgnoresClicks) {
     m_button->setEnabled(false);
     down(30, 30);

@@ -414,3 +414,62 @@ TEST(KRObjectTests, ObjectsWithTheSameSelfRegistrationsEachKeepTheirOwn) {
     EXPECT_EQ(a.observationInfo()[0].observer, &a);
     EXPECT_EQ(b.observationInfo()[0].observer, &b);
 }
+
+TEST(KRObjectTests, ObserverThatDestroysTheObjectEndsTheNotification) {
+    auto object = std::make_unique<TitledObject>();
+    Recorder first;
+    Recorder second;
+    first.onNotify = [&] { object.reset(); };
+    object->addObserver(&first, "title", KRKeyValueObservingOptionNone, nullptr);
+    object->addObserver(&second, "title", KRKeyValueObservingOptionNone, nullptr);
+    object->setTitle(QStringLiteral("gone"));
+    EXPECT_EQ(object, nullptr);
+    EXPECT_EQ(first.changes.size(), 1u);
+    EXPECT_TRUE(second.changes.empty()) << "nobody hears from an object that is gone";
+}
+
+TEST(KRObjectTests, DestroyingAnOuterNotifierFromANestedNotificationEndsOnlyTheOuterOne) {
+    auto outer = std::make_unique<TitledObject>();
+    TitledObject inner;
+    Recorder outerFirst;
+    Recorder outerSecond;
+    Recorder innerFirst;
+    Recorder innerSecond;
+    outerFirst.onNotify = [&] { inner.setTitle(QStringLiteral("nested")); };
+    innerFirst.onNotify = [&] { outer.reset(); };
+    outer->addObserver(&outerFirst, "title", KRKeyValueObservingOptionNone, nullptr);
+    outer->addObserver(&outerSecond, "title", KRKeyValueObservingOptionNone, nullptr);
+    inner.addObserver(&innerFirst, "title", KRKeyValueObservingOptionNone, nullptr);
+    inner.addObserver(&innerSecond, "title", KRKeyValueObservingOptionNone, nullptr);
+
+    outer->setTitle(QStringLiteral("outer"));
+
+    EXPECT_EQ(outer, nullptr);
+    EXPECT_EQ(innerFirst.changes.size(), 1u);
+    EXPECT_EQ(innerSecond.changes.size(), 1u) << "the inner object is alive and tells everyone";
+    EXPECT_EQ(outerFirst.changes.size(), 1u);
+    EXPECT_TRUE(outerSecond.changes.empty());
+    inner.removeObserver(&innerSecond, "title", nullptr);
+    inner.removeObserver(&innerFirst, "title", nullptr);
+}
+
+TEST(KRObjectTests, SelfRegistrationsSurviveTheFirstWeakReference) {
+    TitledObject object;
+    object.addObserver(&object, "title", KRKeyValueObservingOptionNew, &g_context);
+    object.addObserver(&object, "count", KRKeyValueObservingOptionOld, nullptr);
+
+    const KRWeak<TitledObject> weak(&object);
+
+    EXPECT_EQ(weak.get(), &object);
+    ASSERT_EQ(object.observationCount(), 2u);
+    const std::vector<KRObject::Observation> info = object.observationInfo();
+    ASSERT_EQ(info.size(), 2u);
+    EXPECT_STREQ(info[0].keyPath, "title");
+    EXPECT_EQ(info[0].context, &g_context);
+    EXPECT_STREQ(info[1].keyPath, "count");
+    EXPECT_TRUE(object.hasObserversForKey("count"));
+    object.removeObserver(&object, "count", nullptr);
+    object.removeObserver(&object, "title", &g_context);
+    EXPECT_EQ(object.observationCount(), 0u);
+    EXPECT_EQ(weak.get(), &object);
+}

@@ -61,3 +61,9 @@ TEST(KRWeakDelegateTests, ReplacingTheDelegateForgetsTheFormerOwner) {
 }
 
 } // namespace
+
+TEST(KRWeakDelegateTests, HoldsNoMoreThanAPointerAndAWeakToken) {
+    // Rows hold several of these (their own, their buttons', their title's): the watched flag rides on the
+    // pointer.
+    EXPECT_LE(sizeof(KRWeakDelegate<Listener>), sizeof(void*) + sizeof(std::weak_ptr<KRObject*>));
+}

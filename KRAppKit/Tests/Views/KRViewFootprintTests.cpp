@@ -1,4 +1,5 @@
 // What a view costs in memory: its own size, and what its setters allocate.
+#include "Views/KRTrackingArea.h"
 #include "Views/KRView.h"
 
 #include <QJsonValue>
@@ -6,7 +7,9 @@
 
 #include <cstddef>
 #include <cstdlib>
+#include <memory>
 #include <new>
+#include <vector>
 
 // This executable replaces the global allocation functions so the tests below can see what views
 // allocate. Each block carries its size in front, so frees can be subtracted and a counter answers what is
@@ -114,7 +117,57 @@ TEST(KRViewFootprintTest, ViewStaysWithinItsSizeBudget) {
     // A list row is built from about ten views and should stay within a few kilobytes, so the view itself
     // must stay small: rarely changed looks and identity belong in their blocks, not here. The identifier
     // is the one exception: rows name most of their views.
-    EXPECT_LE(sizeof(KRView), 192u);
+    EXPECT_LE(sizeof(KRView), 152u);
+}
+
+TEST(KRViewFootprintTest, ALeafViewIsOneAllocationWithItsControlBlock) {
+    AllocationCounter counter;
+    auto view = std::make_shared<KRView>(KRRectMake(0, 0, 20, 20));
+    view->setIdentifier(QStringLiteral("leaf"));
+    view->setAlphaValue(0.0);
+    const Allocations allocations = counter.stop();
+
+    EXPECT_EQ(allocations.count, 1u);
+    EXPECT_LE(allocations.liveBytes, static_cast<long long>(sizeof(KRView) + 16));
+}
+
+TEST(KRViewFootprintTest, AParentThatReservesItsSubviewsHoldsThemInOneExactBlock) {
+    KRView parent;
+    std::vector<std::shared_ptr<KRView>> children;
+    for (int i = 0; i < 5; ++i) {
+        children.push_back(std::make_shared<KRView>());
+    }
+
+    AllocationCounter counter;
+    parent.reserveSubviews(children.size());
+    for (const auto& child : children) {
+        parent.addSubview(child);
+    }
+    const Allocations allocations = counter.stop();
+
+    EXPECT_EQ(allocations.count, 1u);
+    // The counts and the five owning pointers, nothing spare.
+    EXPECT_EQ(allocations.liveBytes, static_cast<long long>(8 + 5 * sizeof(std::shared_ptr<KRView>)));
+    EXPECT_EQ(parent.subviews(), children);
+}
+
+TEST(KRViewFootprintTest, AViewWithOneTrackingAreaHoldsItInOneSmallBlock) {
+    KRView view(KRRectMake(0, 0, 20, 20));
+    auto area = std::make_shared<KRTrackingArea>(KRRectMake(0, 0, 20, 20), KRTrackingCursorUpdate, &view);
+
+    AllocationCounter counter;
+    view.addTrackingArea(area);
+    const Allocations allocations = counter.stop();
+
+    EXPECT_EQ(allocations.count, 1u);
+    EXPECT_EQ(allocations.liveBytes, static_cast<long long>(8 + sizeof(std::shared_ptr<KRTrackingArea>)));
+    ASSERT_EQ(view.trackingAreas().size(), 1u);
+    EXPECT_EQ(view.trackingAreas().front(), area);
+
+    AllocationCounter rebuild;
+    view.removeTrackingArea(area.get());
+    view.addTrackingArea(area);
+    EXPECT_EQ(rebuild.stop().count, 0u) << "rebuilding the one area reuses the block";
 }
 
 TEST(KRViewFootprintTest, DefaultsAreAnsweredWithoutAllocating) {
