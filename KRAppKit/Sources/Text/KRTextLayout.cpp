@@ -1,11 +1,15 @@
 #include "Text/KRTextLayout.h"
 
+#include "Text/KRWordAdvanceCache.h"
+
 #include <QFontMetricsF>
 #include <QPainter>
 #include <QTextLayout>
 
 #include <algorithm>
+#include <array>
 #include <cmath>
+#include <cstdint>
 
 namespace {
 
@@ -33,6 +37,85 @@ bool isParagraphSeparator(QChar character) {
 bool needsFullLayout(QChar character) {
     return isParagraphSeparator(character) || character == QChar::LineSeparator ||
            character == QLatin1Char('\t');
+}
+
+// The characters the word-by-word path measures, grouped by how Qt's line breaker treats them inside a
+// word. Qt allows a break after ! or ? before a letter, digit or (; after . , ; : before ( or a digit outside
+// a number (inside one, as in 2.5 or 10:30, it does not); and after ) before (. Everywhere else between these
+// characters it does not, and it always allows one after a single space.
+enum class WordCharacter : std::uint8_t {
+    None, // anything else: the full layout decides
+    Letter,
+    Digit,
+    Infix,       // . , ; :
+    Exclamation, // ! ?
+    Quote,       // ' "
+    Opening,     // (
+    Closing,     // )
+};
+
+constexpr std::size_t kAsciiCount = 128;
+
+constexpr std::array<WordCharacter, kAsciiCount> makeWordCharacters() {
+    std::array<WordCharacter, kAsciiCount> characters{};
+    for (char letter = 'a'; letter <= 'z'; ++letter) {
+        characters[static_cast<std::size_t>(letter)] = WordCharacter::Letter;
+        characters[static_cast<std::size_t>(letter - 'a' + 'A')] = WordCharacter::Letter;
+    }
+    for (char digit = '0'; digit <= '9'; ++digit) {
+        characters[static_cast<std::size_t>(digit)] = WordCharacter::Digit;
+    }
+    for (const char infix : {'.', ',', ';', ':'}) {
+        characters[static_cast<std::size_t>(infix)] = WordCharacter::Infix;
+    }
+    characters['!'] = WordCharacter::Exclamation;
+    characters['?'] = WordCharacter::Exclamation;
+    characters['\''] = WordCharacter::Quote;
+    characters['"'] = WordCharacter::Quote;
+    characters['('] = WordCharacter::Opening;
+    characters[')'] = WordCharacter::Closing;
+    return characters;
+}
+
+constexpr std::array<WordCharacter, kAsciiCount> kWordCharacters = makeWordCharacters();
+
+WordCharacter wordCharacter(QChar character) {
+    const char16_t code = character.unicode();
+    return code < kAsciiCount ? kWordCharacters[code] : WordCharacter::None;
+}
+
+// Where a word stands in a number as Qt's line breaker reads one: digits joined by . , ; : and closed by ).
+// A digit right after the closing bracket does not start a new number.
+enum class NumberState : std::uint8_t { Outside, Inside, Closed };
+
+NumberState nextNumberState(NumberState state, WordCharacter character) {
+    switch (character) {
+    case WordCharacter::Digit:
+        return state == NumberState::Closed ? NumberState::Outside : NumberState::Inside;
+    case WordCharacter::Infix:
+        return state == NumberState::Inside ? NumberState::Inside : NumberState::Outside;
+    case WordCharacter::Closing:
+        return state == NumberState::Inside ? NumberState::Closed : NumberState::Outside;
+    default:
+        return NumberState::Outside;
+    }
+}
+
+// Whether Qt's line breaker may break before current inside a word, given the character before it (None at
+// the start of the word) and where that character left the word in a number.
+bool breaksBefore(WordCharacter previous, NumberState number, WordCharacter current) {
+    switch (current) {
+    case WordCharacter::Letter:
+        return previous == WordCharacter::Exclamation;
+    case WordCharacter::Digit:
+        return previous == WordCharacter::Exclamation ||
+               (previous == WordCharacter::Infix && number != NumberState::Inside);
+    case WordCharacter::Opening:
+        return previous == WordCharacter::Infix || previous == WordCharacter::Exclamation ||
+               previous == WordCharacter::Closing;
+    default:
+        return false;
+    }
 }
 
 } // namespace
@@ -149,8 +232,81 @@ std::optional<KRSize> KRTextLayout::measureSingleLine(const KRAttributedString& 
     return KRSize{width > 0.0 ? width : std::ceil(advance), fixedLineHeight};
 }
 
+std::optional<KRSize> KRTextLayout::measureWordByWord(const KRAttributedString& text, double width,
+                                                      const QFont& defaultFont, double fixedLineHeight) {
+    if (!(width > 0.0 && width < kMaximumLineWidth) || fixedLineHeight <= 0.0 ||
+        !text.hasUniformAttributes()) {
+        return std::nullopt;
+    }
+    const std::optional<QFont>& attributedFont = text.leadingAttributes().font;
+    const QFont& font = attributedFont ? *attributedFont : defaultFont;
+    if (!KRWordAdvanceCache::measuresWordsApart(font)) {
+        return std::nullopt;
+    }
+    const QStringView string(text.string());
+    // Trailing spaces hang past the end of the last line, so they never make it wrap.
+    qsizetype end = string.size();
+    while (end > 0 && string[end - 1] == QLatin1Char(' ')) {
+        --end;
+    }
+    if (end == 0 && !string.isEmpty()) {
+        return std::nullopt;
+    }
+
+    KRWordAdvanceCache& cache = KRWordAdvanceCache::shared();
+    cache.setFont(font);
+    if (cache.kernsAroundSpaces()) {
+        return std::nullopt;
+    }
+    const double space = cache.spaceAdvance();
+    qint64 lineCount = 1;
+    double lineAdvance = 0.0; // without trailing spaces, as the engine compares lines with the width
+    bool lineIsEmpty = true;
+    for (qsizetype start = 0; start < end;) {
+        WordCharacter previous = WordCharacter::None;
+        NumberState number = NumberState::Outside;
+        qsizetype stop = start;
+        for (; stop < end && string[stop] != QLatin1Char(' '); ++stop) {
+            const WordCharacter current = wordCharacter(string[stop]);
+            if (current == WordCharacter::None || breaksBefore(previous, number, current)) {
+                return std::nullopt;
+            }
+            previous = current;
+            number = nextNumberState(number, current);
+        }
+        if (stop == start) { // a leading space or a second one in a row
+            return std::nullopt;
+        }
+        const KRWordAdvanceCache::Word word = cache.word(string.sliced(start, stop - start));
+        if (word.lastGlyphSubstituted) { // its overhang is unknown
+            return std::nullopt;
+        }
+        // The engine counts the overhang of a line's last glyph when it decides whether a word still fits.
+        const double extended = lineAdvance + space + word.advance;
+        const double reach = extended + word.overhang;
+        if (!lineIsEmpty && reach < width - kWordFitSlack) {
+            lineAdvance = extended;
+        } else if (lineIsEmpty || reach > width + kWordFitSlack) {
+            // The word starts a line; one that does not clearly fit there is broken inside.
+            if (word.advance + word.overhang >= width - kWordFitSlack) {
+                return std::nullopt;
+            }
+            lineCount += lineIsEmpty ? 0 : 1;
+            lineAdvance = word.advance;
+            lineIsEmpty = false;
+        } else {
+            return std::nullopt; // too close to call
+        }
+        start = stop + 1;
+    }
+    return KRSize{width, fromFixed(lineCount * toFixed(fixedLineHeight))};
+}
+
 KRSize KRTextLayout::measure(const KRAttributedString& text, double width, const QFont& defaultFont,
                              double fixedLineHeight) {
+    if (const std::optional<KRSize> byWords = measureWordByWord(text, width, defaultFont, fixedLineHeight)) {
+        return *byWords;
+    }
     if (const std::optional<KRSize> singleLine =
             measureSingleLine(text, width, defaultFont, fixedLineHeight)) {
         return *singleLine;
