@@ -128,6 +128,11 @@ public:
     bool isHandleHovered() const { return m_handleHovered; }
     void setHandleHovered(bool hovered) { m_handleHovered = hovered; }
     bool isHighlighted() const { return m_highlighted; }
+    // Loads what the list's passes read of every row (frame and state flags) ahead of use.
+    void prefetchListPassState() const {
+        prefetchFrame();
+        __builtin_prefetch(&m_edited);
+    }
     void setHighlighted(bool highlighted);
 
     // The identifier of the item the row shows (given by the list). objectValue() answers it, and

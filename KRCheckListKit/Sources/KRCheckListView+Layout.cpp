@@ -13,6 +13,11 @@
 
 #include <algorithm>
 
+namespace {
+// How many rows ahead a pass over all rows asks for their state: enough to cover a load from memory.
+constexpr std::size_t kListPassPrefetchDistance = 8;
+} // namespace
+
 // Layout record
 // ------------------------------------------------------------------------------------------------------
 
@@ -190,19 +195,28 @@ void KRCheckListView::checkListViewUpdateDividers() {
     const bool dragging = isDragging();
     const KRRect placeholderFrame = m_dropPlaceholderFrame;
     const KRUInteger placeholderIndex = m_dropPlaceholderIndex;
-    const KRIndexSet draggedIndexes = dragging ? checkListViewIndexesOfDraggedItems() : KRIndexSet();
-    const KRIndexSet remainingIndexes =
-        count == 0 ? KRIndexSet() : KRIndexSet(KRRange{0, count}).indexSetByRemovingIndexes(draggedIndexes);
-    const KRUInteger first = remainingIndexes.firstIndex();
-    const KRUInteger last = remainingIndexes.lastIndex();
+    // At rest every row remains; the set of remaining rows is only built while a drag runs.
+    KRIndexSet remainingIndexes;
+    KRUInteger first = count == 0 ? KRNotFound : 0;
+    KRUInteger last = count == 0 ? KRNotFound : count - 1;
+    if (dragging && count > 0) {
+        remainingIndexes =
+            KRIndexSet(KRRange{0, count}).indexSetByRemovingIndexes(checkListViewIndexesOfDraggedItems());
+        first = remainingIndexes.firstIndex();
+        last = remainingIndexes.lastIndex();
+    }
     const bool gapAboveFirst = dragging && placeholderIndex <= first;
     const bool gapBelowLast = dragging && last < placeholderIndex;
     // A placeholder of no height never touches a row.
     const bool placeholderHasHeight = placeholderFrame.size.height > 0.0;
 
+    // This pass runs after every layout, selection and edit: it reads each row once and writes only the rows
+    // whose flags change, since a long list touches thousands of rows here.
     for (KRUInteger index = 0; index < count; ++index) {
+        if (index + kListPassPrefetchDistance < count) {
+            m_checkListItemViews[index + kListPassPrefetchDistance]->prefetchListPassState();
+        }
         KRCheckListItemView& itemView = *m_checkListItemViews[index];
-        const KRRect frame = itemView.frame();
         const bool edited = itemView.isEdited();
         const bool selected = itemView.isSelected();
         const bool dragged = itemView.isDragged();
@@ -216,18 +230,16 @@ void KRCheckListView::checkListViewUpdateDividers() {
         bool drawsBottomDivider = false;
         if (index == last) {
             drawsBottomDivider = !marked && !gapBelowLast;
-        } else if (dragged) {
-            drawsBottomDivider = false;
-        } else {
+        } else if (!dragged && !highlighted && !edited && !selected) {
             // The next remaining row below; dragged rows are skipped.
             const KRUInteger nextIndex = dragging ? remainingIndexes.indexGreaterThanIndex(index)
                                                   : (index + 1 < count ? index + 1 : KRNotFound);
             if (nextIndex != KRNotFound) {
                 const KRCheckListItemView& nextItemView = *m_checkListItemViews[nextIndex];
+                const KRRect frame = itemView.frame();
                 const bool placeholderTouches =
                     placeholderHasHeight && KRRectIntersectsRect(placeholderFrame, frame);
-                drawsBottomDivider = !highlighted && !edited && !selected && !placeholderTouches &&
-                                     !nextItemView.isHighlighted();
+                drawsBottomDivider = !placeholderTouches && !nextItemView.isHighlighted();
                 if (drawsBottomDivider && !nextItemView.isDragged()) {
                     // The test of the frame against itself is deliberate: it asks whether the row has an
                     // area.

@@ -6,6 +6,9 @@
 #include <QSizeF>
 #include <QString>
 
+#include <algorithm>
+#include <limits>
+
 // Points, sizes and rectangles in points, with Core Graphics semantics. Coordinates are flipped
 // everywhere (origin top left, y grows downward), so "max Y" is the bottom edge.
 struct KRPoint {
@@ -60,7 +63,17 @@ inline KREdgeInsets KREdgeInsetsMake(double top, double left, double bottom, dou
 }
 
 // A rectangle with its negative width or height turned into a positive one (origin moved accordingly).
-KRRect KRRectStandardize(KRRect rect);
+inline KRRect KRRectStandardize(KRRect rect) {
+    if (rect.size.width < 0.0) {
+        rect.origin.x += rect.size.width;
+        rect.size.width = -rect.size.width;
+    }
+    if (rect.size.height < 0.0) {
+        rect.origin.y += rect.size.height;
+        rect.size.height = -rect.size.height;
+    }
+    return rect;
+}
 
 // The readers standardise first; on the null rectangle they answer +infinity (as Core Graphics does).
 double KRRectGetMinX(KRRect rect);
@@ -72,17 +85,41 @@ double KRRectGetMaxY(KRRect rect);
 double KRRectGetWidth(KRRect rect);  // absolute width
 double KRRectGetHeight(KRRect rect); // absolute height
 
-bool KRRectIsNull(KRRect rect);
+inline bool KRRectIsNull(KRRect rect) {
+    constexpr double infinity = std::numeric_limits<double>::infinity();
+    return rect.origin.x == infinity || rect.origin.y == infinity;
+}
 // Null, or zero width or height.
 bool KRRectIsEmpty(KRRect rect);
 
 // Half-open: min edges inside, max edges outside. Never true for the null rectangle.
 bool KRRectContainsPoint(KRRect rect, KRPoint point);
 // True when rect2 lies wholly inside rect1 (edges may touch). Never true for null rectangles.
-bool KRRectContainsRect(KRRect rect1, KRRect rect2);
+inline bool KRRectContainsRect(KRRect rect1, KRRect rect2) {
+    if (KRRectIsNull(rect1) || KRRectIsNull(rect2)) {
+        return false;
+    }
+    const KRRect outer = KRRectStandardize(rect1);
+    const KRRect inner = KRRectStandardize(rect2);
+    return inner.origin.x >= outer.origin.x && inner.origin.y >= outer.origin.y &&
+           inner.origin.x + inner.size.width <= outer.origin.x + outer.size.width &&
+           inner.origin.y + inner.size.height <= outer.origin.y + outer.size.height;
+}
 // True only for an overlap of positive area: rects that share an edge, and rects of zero width or height
 // (even with themselves), do not intersect.
-bool KRRectIntersectsRect(KRRect rect1, KRRect rect2);
+inline bool KRRectIntersectsRect(KRRect rect1, KRRect rect2) {
+    if (KRRectIsNull(rect1) || KRRectIsNull(rect2)) {
+        return false;
+    }
+    const KRRect a = KRRectStandardize(rect1);
+    const KRRect b = KRRectStandardize(rect2);
+    const double minX = std::max(a.origin.x, b.origin.x);
+    const double maxX = std::min(a.origin.x + a.size.width, b.origin.x + b.size.width);
+    const double minY = std::max(a.origin.y, b.origin.y);
+    const double maxY = std::min(a.origin.y + a.size.height, b.origin.y + b.size.height);
+    // Strict: a shared edge or a zero-thickness rect encloses no area.
+    return minX < maxX && minY < maxY;
+}
 // The common part of two rects; the null rectangle when they are disjoint. Rects that only touch give a
 // degenerate (zero width or height) rect, as Core Graphics does.
 KRRect KRRectIntersection(KRRect rect1, KRRect rect2);
@@ -91,7 +128,15 @@ KRRect KRRectUnion(KRRect rect1, KRRect rect2);
 // Moves each edge inward by dx / dy (outward when negative); the null rectangle when nothing is left.
 KRRect KRRectInset(KRRect rect, double dx, double dy);
 KRRect KRRectInsetByEdgeInsets(KRRect rect, KREdgeInsets insets);
-KRRect KRRectOffset(KRRect rect, double dx, double dy);
+inline KRRect KRRectOffset(KRRect rect, double dx, double dy) {
+    if (KRRectIsNull(rect)) {
+        return KRRectNull;
+    }
+    KRRect r = KRRectStandardize(rect);
+    r.origin.x += dx;
+    r.origin.y += dy;
+    return r;
+}
 // The smallest rect with whole-number edges that holds rect.
 KRRect KRRectIntegral(KRRect rect);
 // Compares standardised rects; two null rectangles are equal.

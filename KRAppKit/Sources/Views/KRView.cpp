@@ -276,8 +276,10 @@ void KRView::setFrameOrigin(KRPoint origin) {
         return;
     }
     setNeedsDisplay();
-    animateKey(KRFrameOriginKey, KRAnimatableValue::fromPoint(presentationFrame().origin),
-               KRAnimatableValue::fromPoint(origin));
+    if (mayAnimateFrame()) {
+        animateKey(KRFrameOriginKey, KRAnimatableValue::fromPoint(presentationFrame().origin),
+                   KRAnimatableValue::fromPoint(origin));
+    }
     m_frame.origin = origin;
     frameDidChange(false);
 }
@@ -287,10 +289,18 @@ void KRView::setFrameSize(KRSize size) {
         return;
     }
     setNeedsDisplay();
-    animateKey(KRFrameSizeKey, KRAnimatableValue::fromSize(presentationFrame().size),
-               KRAnimatableValue::fromSize(size));
+    if (mayAnimateFrame()) {
+        animateKey(KRFrameSizeKey, KRAnimatableValue::fromSize(presentationFrame().size),
+                   KRAnimatableValue::fromSize(size));
+    }
     m_frame.size = size;
     frameDidChange(true);
+}
+
+// A frame change starts an animation only inside an animation block, and stops one only if one runs:
+// outside both, moving thousands of rows needs no animation bookkeeping at all.
+bool KRView::mayAnimateFrame() const {
+    return m_animations || KRAnimationTransaction::depth() > 0;
 }
 
 void KRView::frameDidChange(bool sizeChanged) {
