@@ -102,3 +102,10 @@ std::shared_ptr<KRTextView> KRCheckListItemTitleTextField::checkListItemTitleTex
     KRCheckListItemTitleTextFieldCell*, KRView* view) {
     return checkListItemTitleTextFieldFieldEditorForView(this, view);
 }
+
+void KRCheckListItemTitleTextField::checkListItemTitleTextFieldCellSizeMayHaveChanged(
+    KRCheckListItemTitleTextFieldCell*) {
+    if (KRCheckListItemTitleTextFieldDelegate* delegate = this->delegate()) {
+        delegate->checkListItemTitleTextFieldSizeMayHaveChanged(this);
+    }
+}

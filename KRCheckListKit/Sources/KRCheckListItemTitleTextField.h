@@ -25,6 +25,8 @@ public:
                                                                          bool proposed) {
         return proposed;
     }
+    // The size the field's cell measures may have changed: a row keeping its fitting size forgets it.
+    virtual void checkListItemTitleTextFieldSizeMayHaveChanged(KRCheckListItemTitleTextField*) {}
 };
 
 // A row's title: a text field whose cell asks it for the field editor and which asks its delegate before
@@ -57,6 +59,7 @@ public:
     std::shared_ptr<KRTextView>
     checkListItemTitleTextFieldCellFieldEditorForView(KRCheckListItemTitleTextFieldCell* cell,
                                                       KRView* view) override;
+    void checkListItemTitleTextFieldCellSizeMayHaveChanged(KRCheckListItemTitleTextFieldCell* cell) override;
 
 private:
     void checkListItemTitleTextFieldLoad();

@@ -67,3 +67,9 @@ KRCheckListItemTitleTextFieldCell::checkListItemTitleTextFieldCellFieldEditorFor
     KRCheckListItemTitleTextFieldCellDelegate* delegate = m_delegate.get();
     return delegate ? delegate->checkListItemTitleTextFieldCellFieldEditorForView(cell, view) : nullptr;
 }
+
+void KRCheckListItemTitleTextFieldCell::sizeMayHaveChanged() {
+    if (KRCheckListItemTitleTextFieldCellDelegate* delegate = m_delegate.get()) {
+        delegate->checkListItemTitleTextFieldCellSizeMayHaveChanged(this);
+    }
+}

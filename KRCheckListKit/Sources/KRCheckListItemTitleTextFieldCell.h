@@ -16,6 +16,8 @@ public:
     virtual std::shared_ptr<KRTextView>
     checkListItemTitleTextFieldCellFieldEditorForView(KRCheckListItemTitleTextFieldCell* cell,
                                                       KRView* view) = 0;
+    // The size the cell measures may have changed (see KRTextFieldCell::sizeMayHaveChanged).
+    virtual void checkListItemTitleTextFieldCellSizeMayHaveChanged(KRCheckListItemTitleTextFieldCell*) {}
 };
 
 // The cell of a row's title. It decides nothing itself: the choice of field editor goes to its delegate (the
@@ -43,6 +45,9 @@ public:
     // The delegate's answer, or null when there is no delegate.
     std::shared_ptr<KRTextView>
     checkListItemTitleTextFieldCellFieldEditorForView(KRCheckListItemTitleTextFieldCell* cell, KRView* view);
+
+protected:
+    void sizeMayHaveChanged() override;
 
 private:
     void checkListItemTitleTextfieldCellLoad();

@@ -749,24 +749,27 @@ void KRCheckListItemView::layoutSubviews() {
     }
 }
 
+// The answer is kept until the title's cell says its size may have changed (or an editor came or went), so
+// a list asking every row on every layout reads the row alone, not its title field and cell.
 KRSize KRCheckListItemView::sizeThatFits(KRSize size) const {
+    if (m_sizeThatFitsCacheValid && m_cachedFittingWidth == size.width) {
+        return KRSize{m_cachedFittingWidth, m_cachedFittingHeight};
+    }
     // While the title is edited its editor measures it; nothing is kept then.
     const KRTextFieldCell* titleCell = m_titleTextField->cell();
     if (!titleCell || titleCell->currentEditor()) {
         m_sizeThatFitsCacheValid = false;
         return checkListItemViewLayoutForSize(size).sizeThatFits;
     }
-    const std::uint32_t titleSizeGeneration = titleCell->sizeGeneration();
-    if (m_sizeThatFitsCacheValid && m_cachedFittingWidth == size.width &&
-        m_cachedTitleSizeGeneration == titleSizeGeneration) {
-        return KRSize{m_cachedFittingWidth, m_cachedFittingHeight};
-    }
     const KRSize fitting = checkListItemViewLayoutForSize(size).sizeThatFits;
     m_cachedFittingWidth = size.width;
     m_cachedFittingHeight = fitting.height;
-    m_cachedTitleSizeGeneration = titleSizeGeneration;
     m_sizeThatFitsCacheValid = fitting.width == size.width;
     return fitting;
+}
+
+void KRCheckListItemView::checkListItemTitleTextFieldSizeMayHaveChanged(KRCheckListItemTitleTextField*) {
+    m_sizeThatFitsCacheValid = false;
 }
 
 // Forwarders

@@ -251,6 +251,7 @@ public:
                                                                  bool proposed) override;
     bool checkListItemTitleTextFieldValidateResignFirstResponder(KRCheckListItemTitleTextField* field,
                                                                  bool proposed) override;
+    void checkListItemTitleTextFieldSizeMayHaveChanged(KRCheckListItemTitleTextField* field) override;
 
 private:
     void checkListItemViewLoad();
@@ -302,7 +303,6 @@ private:
     // The last answer of sizeThatFits, with what it was computed for (valid below).
     mutable double m_cachedFittingWidth = 0.0;
     mutable double m_cachedFittingHeight = 0.0;
-    mutable std::uint32_t m_cachedTitleSizeGeneration = 0;
     // Batches nest a few levels at most.
     std::int32_t m_updateCount = 0;
     KRUInteger m_status = 0;

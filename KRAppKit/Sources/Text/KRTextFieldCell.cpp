@@ -48,6 +48,7 @@ void KRTextFieldCell::setPlaceholderAttributedString(const KRAttributedString& p
 void KRTextFieldCell::valueDidChange() {
     m_sizeCache = {};
     ++m_sizeGeneration;
+    sizeMayHaveChanged();
 }
 
 // Looks
@@ -198,6 +199,7 @@ void KRTextFieldCell::attachEditor(KRRect frame, KRView* controlView,
     editor->setFrame(KRRect{KRPointZero, frame.size});
     editor->setDelegate(delegate);
     m_editing = std::make_unique<Editing>(Editing{std::move(clipView), editor});
+    sizeMayHaveChanged();
     setNeedsDisplayWithFocusRing(*controlView);
     if (KRWindow* window = controlView->window()) {
         window->makeFirstResponder(editor.get());
@@ -243,6 +245,7 @@ void KRTextFieldCell::endEditing(KRTextView* editor) {
     if (clipView) {
         clipView->removeFromSuperview();
     }
+    sizeMayHaveChanged();
     if (controlView) {
         setNeedsDisplayWithFocusRing(*controlView);
     }

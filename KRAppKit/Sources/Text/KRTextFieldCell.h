@@ -104,6 +104,12 @@ public:
     // the cell forgets its own measurements; owners that keep a size of their own compare it.
     std::uint32_t sizeGeneration() const { return m_sizeGeneration; }
 
+protected:
+    // Called whenever the size the cell measures may change: its value, font or line breaking changed, or
+    // an editor was attached or taken away (an editor measures its own text). Owners that keep a size of
+    // their own hear of it here without asking the cell on every layout.
+    virtual void sizeMayHaveChanged() {}
+
 private:
     void attachEditor(KRRect frame, KRView* controlView, const std::shared_ptr<KRTextView>& editor,
                       KRTextField* delegate);
