@@ -522,23 +522,43 @@ void KRCheckListItemView::setMinHeight(double minHeight) {
 }
 
 void KRCheckListItemView::setEdited(bool edited) {
+    const bool changes = edited != m_edited;
     setValueNotifying("edited", m_edited, edited);
+    if (changes) {
+        checkListItemViewDidChangeDividerInputs(this);
+    }
 }
 
 void KRCheckListItemView::setSelected(bool selected) {
+    const bool changes = selected != m_selected;
     setValueNotifying("selected", m_selected, selected);
+    if (changes) {
+        checkListItemViewDidChangeDividerInputs(this);
+    }
 }
 
 void KRCheckListItemView::setDragged(bool dragged) {
+    const bool changes = dragged != m_dragged;
     setValueNotifying("dragged", m_dragged, dragged);
+    if (changes) {
+        checkListItemViewDidChangeDividerInputs(this);
+    }
 }
 
 void KRCheckListItemView::setDrawsTopDivider(bool draws) {
+    const bool changes = draws != m_drawsTopDivider;
     setValueNotifying("drawsTopDivider", m_drawsTopDivider, draws);
+    if (changes) {
+        checkListItemViewDidChangeDividerInputs(this);
+    }
 }
 
 void KRCheckListItemView::setDrawsBottomDivider(bool draws) {
+    const bool changes = draws != m_drawsBottomDivider;
     setValueNotifying("drawsBottomDivider", m_drawsBottomDivider, draws);
+    if (changes) {
+        checkListItemViewDidChangeDividerInputs(this);
+    }
 }
 
 void KRCheckListItemView::setDrawsShadow(bool draws) {
@@ -546,7 +566,11 @@ void KRCheckListItemView::setDrawsShadow(bool draws) {
 }
 
 void KRCheckListItemView::setHighlighted(bool highlighted) {
+    const bool changes = highlighted != m_highlighted;
     setValueNotifying("highlighted", m_highlighted, highlighted);
+    if (changes) {
+        checkListItemViewDidChangeDividerInputs(this);
+    }
 }
 
 void KRCheckListItemView::setDelegate(KRCheckListItemViewDelegate* delegate, const KRObject* lifetimeOwner) {
@@ -830,6 +854,12 @@ void KRCheckListItemView::checkListItemViewDidChangeHighlighted(KRCheckListItemV
     }
 }
 
+void KRCheckListItemView::checkListItemViewDidChangeDividerInputs(KRCheckListItemView* itemView) {
+    if (KRCheckListItemViewDelegate* delegate = m_delegate.get()) {
+        delegate->checkListItemViewDidChangeDividerInputs(itemView);
+    }
+}
+
 bool KRCheckListItemView::checkListItemViewMouseDownHandle(KRCheckListItemView* itemView,
                                                            const KREvent& event) {
     KRCheckListItemViewDelegate* delegate = m_delegate.get();
@@ -1027,5 +1057,31 @@ void KRCheckListItemView::checkListItemViewHandleTextChangeForTitleTextField(
         setNeedsLayout(true);
         m_sizeThatFitsAfterLastLayout = sizeThatFits;
         checkListItemViewDidChangeSizeThatFits(this);
+    }
+}
+
+// Geometry
+// ------------------------------------------------------------------------------------------------------
+// Whether the frame has an area is one of the divider inputs (a row without one draws no bottom divider).
+
+namespace {
+bool frameHasArea(KRRect frame) {
+    return KRRectIntersectsRect(frame, frame);
+}
+} // namespace
+
+void KRCheckListItemView::setFrameOrigin(KRPoint origin) {
+    const bool hadArea = frameHasArea(frame());
+    KRView::setFrameOrigin(origin);
+    if (frameHasArea(frame()) != hadArea) {
+        checkListItemViewDidChangeDividerInputs(this);
+    }
+}
+
+void KRCheckListItemView::setFrameSize(KRSize size) {
+    const bool hadArea = frameHasArea(frame());
+    KRView::setFrameSize(size);
+    if (frameHasArea(frame()) != hadArea) {
+        checkListItemViewDidChangeDividerInputs(this);
     }
 }

@@ -44,6 +44,9 @@ public:
     virtual void checkListItemViewDidEndEditingTitle(KRCheckListItemView*) {}
     virtual void checkListItemViewWillChangeHighlighted(KRCheckListItemView*) {}
     virtual void checkListItemViewDidChangeHighlighted(KRCheckListItemView*) {}
+    // What decides the row's dividers changed: whether it is edited, selected, dragged or highlighted, its
+    // divider flags themselves, or whether its frame has an area.
+    virtual void checkListItemViewDidChangeDividerInputs(KRCheckListItemView*) {}
     // Mouse events on the drag handle; true means the delegate consumed the event.
     virtual bool checkListItemViewMouseDownHandle(KRCheckListItemView*, const KREvent&) { return false; }
     virtual bool checkListItemViewMouseDraggedHandle(KRCheckListItemView*, const KREvent&) { return false; }
@@ -188,6 +191,8 @@ public:
     // Layout ---------------------------------------------------------------------------------------------
     KRCheckListItemViewLayout checkListItemViewLayoutForSize(KRSize size) const;
     void layoutSubviews() override;
+    void setFrameOrigin(KRPoint origin) override;
+    void setFrameSize(KRSize size) override;
     // The fitting size of the layout for size. The last answer is kept and given again for the same width
     // while the title field measures the same (its cell's size generation: text, attributes, font, line
     // breaking, border) and the check box image stays the same, and not while the title is edited. A list
@@ -205,6 +210,7 @@ public:
     void checkListItemViewDidEndEditingTitle(KRCheckListItemView* itemView);
     void checkListItemViewWillChangeHighlighted(KRCheckListItemView* itemView);
     void checkListItemViewDidChangeHighlighted(KRCheckListItemView* itemView);
+    void checkListItemViewDidChangeDividerInputs(KRCheckListItemView* itemView);
     bool checkListItemViewMouseDownHandle(KRCheckListItemView* itemView, const KREvent& event);
     bool checkListItemViewMouseDraggedHandle(KRCheckListItemView* itemView, const KREvent& event);
     bool checkListItemViewMouseUpHandle(KRCheckListItemView* itemView, const KREvent& event);

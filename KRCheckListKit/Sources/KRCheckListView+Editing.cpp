@@ -49,7 +49,11 @@ void KRCheckListView::beginEditingItemAtIndexSelectRangeUseTrackedInsertionPoint
 
     // Taking first responder puts the field editor (the list's own, through the row) over the title.
     KRCheckListItemView& itemView = *m_checkListItemViews.at(index);
-    itemView.setEdited(true);
+    {
+        const ItemViewStateChange stateChange(*this);
+        itemView.setEdited(true);
+        checkListViewMarkDividersStaleAtIndex(index);
+    }
     KRCheckListItemTitleTextField& titleTextField = *itemView.titleTextField();
     titleTextField.setEditable(true);
     if (KRWindow* window = this->window()) {
@@ -98,7 +102,7 @@ void KRCheckListView::beginEditingItemAtIndexSelectRangeUseTrackedInsertionPoint
 
     m_pivotIndex = static_cast<KRInteger>(index);
     m_indexForEditedItem = index;
-    checkListViewUpdateDividers();
+    checkListViewUpdateStaleDividers();
     checkListViewDidBeginEditingItemAtIndex(this, index);
     m_beginningEditing = false;
 }
@@ -124,7 +128,11 @@ void KRCheckListView::endEditing() {
     }
 
     checkListViewWillEndEditingItemAtIndex(this, index);
-    itemView.setEdited(false);
+    {
+        const ItemViewStateChange stateChange(*this);
+        itemView.setEdited(false);
+        checkListViewMarkDividersStaleAtIndex(index);
+    }
     m_indexForEditedItem = KRNotFound;
     checkListViewDidEndEditingItemAtIndex(this, index);
     m_endingEditing = false;

@@ -97,14 +97,21 @@ void KRCheckListView::layoutSubviews() {
     // Once one row moves, the whole list is marked for display, and the rows it covers need not each mark
     // where they were and where they go: inserting at the top of a long list moves every row below.
     std::optional<KRView::SubviewDisplayCoverage> displayCoverage;
+    std::optional<ItemViewStateChange> stateChange;
     for (std::size_t index = 0; index < m_checkListItemViews.size(); ++index) {
         KRCheckListItemView* itemView = m_checkListItemViews[index].get();
         const KRRect frame = index < frameCount ? layout.itemViewFrames[index] : KRRectZero;
-        if (itemView->frame() == frame) {
+        const KRRect oldFrame = itemView->frame();
+        if (oldFrame == frame) {
             continue;
         }
         if (!displayCoverage) {
             displayCoverage.emplace(this);
+            stateChange.emplace(*this);
+        }
+        // Whether a row has an area decides its bottom divider.
+        if (KRRectIntersectsRect(oldFrame, oldFrame) != KRRectIntersectsRect(frame, frame)) {
+            checkListViewMarkDividersStaleAtIndex(index);
         }
         // A dragged row that the mouse moves is placed at once: it sticks to the pointer while the others
         // glide along whatever animation the caller opened. (performNonAnimated with false only runs its
@@ -125,7 +132,8 @@ void KRCheckListView::layoutSubviews() {
         checkListViewDidChangeSizeThatFits(this);
         m_lastSizeThatFits = layout.sizeThatFits;
     }
-    checkListViewUpdateDividers();
+    stateChange.reset();
+    checkListViewUpdateStaleDividers();
 }
 
 // Always the resting layout, also while a drag runs. The zero size answers the last applied size unmeasured.
@@ -190,73 +198,166 @@ KRIndexSet KRCheckListView::checkListViewIndexesOfDraggedItems() const {
     return KRIndexSet();
 }
 
-void KRCheckListView::checkListViewUpdateDividers() {
-    const KRUInteger count = m_checkListItemViews.size();
-    const bool dragging = isDragging();
-    const KRRect placeholderFrame = m_dropPlaceholderFrame;
-    const KRUInteger placeholderIndex = m_dropPlaceholderIndex;
+struct KRCheckListView::DividerContext {
+    KRUInteger count = 0;
+    bool dragging = false;
+    KRRect placeholderFrame;
+    // A placeholder of no height never touches a row.
+    bool placeholderHasHeight = false;
     // At rest every row remains; the set of remaining rows is only built while a drag runs.
     KRIndexSet remainingIndexes;
-    KRUInteger first = count == 0 ? KRNotFound : 0;
-    KRUInteger last = count == 0 ? KRNotFound : count - 1;
-    if (dragging && count > 0) {
-        remainingIndexes =
-            KRIndexSet(KRRange{0, count}).indexSetByRemovingIndexes(checkListViewIndexesOfDraggedItems());
-        first = remainingIndexes.firstIndex();
-        last = remainingIndexes.lastIndex();
+    KRUInteger first = KRNotFound;
+    KRUInteger last = KRNotFound;
+    bool gapAboveFirst = false;
+    bool gapBelowLast = false;
+};
+
+KRCheckListView::DividerContext KRCheckListView::checkListViewDividerContext() const {
+    DividerContext context;
+    context.count = m_checkListItemViews.size();
+    context.dragging = isDragging();
+    context.placeholderFrame = m_dropPlaceholderFrame;
+    context.placeholderHasHeight = m_dropPlaceholderFrame.size.height > 0.0;
+    if (context.count > 0) {
+        context.first = 0;
+        context.last = context.count - 1;
     }
-    const bool gapAboveFirst = dragging && placeholderIndex <= first;
-    const bool gapBelowLast = dragging && last < placeholderIndex;
-    // A placeholder of no height never touches a row.
-    const bool placeholderHasHeight = placeholderFrame.size.height > 0.0;
+    if (context.dragging && context.count > 0) {
+        context.remainingIndexes = KRIndexSet(KRRange{0, context.count})
+                                       .indexSetByRemovingIndexes(checkListViewIndexesOfDraggedItems());
+        context.first = context.remainingIndexes.firstIndex();
+        context.last = context.remainingIndexes.lastIndex();
+    }
+    context.gapAboveFirst = context.dragging && m_dropPlaceholderIndex <= context.first;
+    context.gapBelowLast = context.dragging && context.last < m_dropPlaceholderIndex;
+    return context;
+}
 
-    // This pass runs after every layout, selection and edit: it reads each row once and writes only the rows
-    // whose flags change, since a long list touches thousands of rows here.
-    for (KRUInteger index = 0; index < count; ++index) {
-        if (index + kListPassPrefetchDistance < count) {
-            m_checkListItemViews[index + kListPassPrefetchDistance]->prefetchListPassState();
-        }
-        KRCheckListItemView& itemView = *m_checkListItemViews[index];
-        const bool edited = itemView.isEdited();
-        const bool selected = itemView.isSelected();
-        const bool dragged = itemView.isDragged();
-        const bool highlighted = itemView.isHighlighted();
-        // Selected, edited, dragged and highlighted rows bring their own fill and need no hairline.
-        const bool marked = edited || selected || dragged || highlighted;
+void KRCheckListView::checkListViewUpdateDividersOfItemAtIndex(KRUInteger index,
+                                                               const DividerContext& context) {
+    KRCheckListItemView& itemView = *m_checkListItemViews[index];
+    const bool edited = itemView.isEdited();
+    const bool selected = itemView.isSelected();
+    const bool dragged = itemView.isDragged();
+    const bool highlighted = itemView.isHighlighted();
+    // Selected, edited, dragged and highlighted rows bring their own fill and need no hairline.
+    const bool marked = edited || selected || dragged || highlighted;
 
-        // Only the topmost remaining row ever draws a top divider.
-        const bool drawsTopDivider = index == first && !marked && !gapAboveFirst;
+    // Only the topmost remaining row ever draws a top divider.
+    const bool drawsTopDivider = index == context.first && !marked && !context.gapAboveFirst;
 
-        bool drawsBottomDivider = false;
-        if (index == last) {
-            drawsBottomDivider = !marked && !gapBelowLast;
-        } else if (!dragged && !highlighted && !edited && !selected) {
-            // The next remaining row below; dragged rows are skipped.
-            const KRUInteger nextIndex = dragging ? remainingIndexes.indexGreaterThanIndex(index)
-                                                  : (index + 1 < count ? index + 1 : KRNotFound);
-            if (nextIndex != KRNotFound) {
-                const KRCheckListItemView& nextItemView = *m_checkListItemViews[nextIndex];
-                const KRRect frame = itemView.frame();
-                const bool placeholderTouches =
-                    placeholderHasHeight && KRRectIntersectsRect(placeholderFrame, frame);
-                drawsBottomDivider = !placeholderTouches && !nextItemView.isHighlighted();
-                if (drawsBottomDivider && !nextItemView.isDragged()) {
-                    // The test of the frame against itself is deliberate: it asks whether the row has an
-                    // area.
-                    drawsBottomDivider = !nextItemView.isEdited() && !nextItemView.isSelected() &&
-                                         KRRectIntersectsRect(frame, frame);
-                }
+    bool drawsBottomDivider = false;
+    if (index == context.last) {
+        drawsBottomDivider = !marked && !context.gapBelowLast;
+    } else if (!dragged && !highlighted && !edited && !selected) {
+        // The next remaining row below; dragged rows are skipped.
+        const KRUInteger nextIndex = context.dragging ? context.remainingIndexes.indexGreaterThanIndex(index)
+                                                      : (index + 1 < context.count ? index + 1 : KRNotFound);
+        if (nextIndex != KRNotFound) {
+            const KRCheckListItemView& nextItemView = *m_checkListItemViews[nextIndex];
+            const KRRect frame = itemView.frame();
+            const bool placeholderTouches =
+                context.placeholderHasHeight && KRRectIntersectsRect(context.placeholderFrame, frame);
+            drawsBottomDivider = !placeholderTouches && !nextItemView.isHighlighted();
+            if (drawsBottomDivider && !nextItemView.isDragged()) {
+                // The test of the frame against itself is deliberate: it asks whether the row has an area.
+                drawsBottomDivider = !nextItemView.isEdited() && !nextItemView.isSelected() &&
+                                     KRRectIntersectsRect(frame, frame);
             }
         }
+    }
 
-        // Both flags inside one update of the row, top first, so the row redraws once for the pair; a row
-        // whose flags stay as they are is left alone.
-        if (itemView.drawsTopDivider() != drawsTopDivider ||
-            itemView.drawsBottomDivider() != drawsBottomDivider) {
-            itemView.update([&itemView, drawsTopDivider, drawsBottomDivider] {
-                itemView.setDrawsTopDivider(drawsTopDivider);
-                itemView.setDrawsBottomDivider(drawsBottomDivider);
-            });
+    // Both flags inside one update of the row, top first, so the row redraws once for the pair; a row whose
+    // flags stay as they are is left alone.
+    if (itemView.drawsTopDivider() != drawsTopDivider ||
+        itemView.drawsBottomDivider() != drawsBottomDivider) {
+        itemView.update([&itemView, drawsTopDivider, drawsBottomDivider] {
+            itemView.setDrawsTopDivider(drawsTopDivider);
+            itemView.setDrawsBottomDivider(drawsBottomDivider);
+        });
+    }
+}
+
+void KRCheckListView::checkListViewUpdateDividers() {
+    const DividerContext context = checkListViewDividerContext();
+    const ItemViewStateChange stateChange(*this);
+    for (KRUInteger index = 0; index < context.count; ++index) {
+        // A long list is read row after row: ask for the rows a little ahead so as not to wait on each.
+        if (index + kListPassPrefetchDistance < context.count) {
+            m_checkListItemViews[index + kListPassPrefetchDistance]->prefetchListPassState();
         }
+        checkListViewUpdateDividersOfItemAtIndex(index, context);
+    }
+    m_indexesWithStaleDividers.removeAllIndexes();
+    m_allDividersStale = false;
+    m_dividersFollowDrag = context.dragging || context.placeholderHasHeight;
+}
+
+// Gives the same flags as the pass over every row: a row's flags depend only on its own inputs, the next
+// row's and whether it is the first or the last, and every change of those since the last pass is marked.
+void KRCheckListView::checkListViewUpdateStaleDividers() {
+    if (m_allDividersStale || m_dividersFollowDrag || isDragging() ||
+        m_dropPlaceholderFrame.size.height > 0.0) {
+        checkListViewUpdateDividers();
+        return;
+    }
+    const DividerContext context = checkListViewDividerContext();
+    const KRIndexSet staleIndexes = m_indexesWithStaleDividers;
+    m_indexesWithStaleDividers.removeAllIndexes();
+    const ItemViewStateChange stateChange(*this);
+    KRUInteger nextToUpdate = 0;
+    for (const KRUInteger index : staleIndexes) {
+        // The row above reads this row's state for its bottom divider.
+        for (KRUInteger row = index > 0 ? index - 1 : 0; row <= index && row < context.count; ++row) {
+            if (row >= nextToUpdate) {
+                checkListViewUpdateDividersOfItemAtIndex(row, context);
+                nextToUpdate = row + 1;
+            }
+        }
+    }
+}
+
+void KRCheckListView::checkListViewMarkDividersStaleAtIndex(KRUInteger index) {
+    if (!m_allDividersStale) {
+        m_indexesWithStaleDividers.addIndex(index);
+    }
+}
+
+void KRCheckListView::checkListViewMarkAllDividersStale() {
+    m_allDividersStale = true;
+    m_indexesWithStaleDividers.removeAllIndexes();
+}
+
+// Marks taken before the change would point at other rows now: those are given up for a pass over all.
+void KRCheckListView::checkListViewMarkDividersStaleAfterInsertingItemsAtIndexes(const KRIndexSet& indexes) {
+    if (m_indexesWithStaleDividers.count() > 0) {
+        checkListViewMarkAllDividersStale();
+        return;
+    }
+    for (const KRUInteger index : indexes) {
+        checkListViewMarkDividersStaleAtIndex(index);
+        // The row pushed down may have been the first.
+        checkListViewMarkDividersStaleAtIndex(index + 1);
+    }
+    checkListViewMarkDividersStaleAtIndex(0);
+    if (!m_checkListItemViews.empty()) {
+        checkListViewMarkDividersStaleAtIndex(m_checkListItemViews.size() - 1);
+    }
+}
+
+void KRCheckListView::checkListViewMarkDividersStaleAfterRemovingItemsAtIndexes(const KRIndexSet& indexes) {
+    if (m_indexesWithStaleDividers.count() > 0) {
+        checkListViewMarkAllDividersStale();
+        return;
+    }
+    // Each removed index, counted after the removal, is where the next remaining row now stands.
+    KRUInteger removedBefore = 0;
+    for (const KRUInteger index : indexes) {
+        checkListViewMarkDividersStaleAtIndex(index - removedBefore);
+        ++removedBefore;
+    }
+    checkListViewMarkDividersStaleAtIndex(0);
+    if (!m_checkListItemViews.empty()) {
+        checkListViewMarkDividersStaleAtIndex(m_checkListItemViews.size() - 1);
     }
 }

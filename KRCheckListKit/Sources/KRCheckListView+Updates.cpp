@@ -62,6 +62,7 @@ void KRCheckListView::reloadItems() {
     }
     m_checkListItemViews = std::move(itemViews);
     m_checkListItemViewsByIdentifier = std::move(itemViewsByIdentifier);
+    checkListViewMarkAllDividersStale();
 
     checkListViewUpdatePlaceholderForEachItemView();
     layoutIfNeeded();
@@ -187,6 +188,7 @@ void KRCheckListView::updateByInsertingItemsAtIndexes(const KRIndexSet& indexSet
     }
     std::move(oldItemView, m_checkListItemViews.end(), std::back_inserter(itemViews));
     m_checkListItemViews = std::move(itemViews);
+    checkListViewMarkDividersStaleAfterInsertingItemsAtIndexes(indexes);
     for (const std::shared_ptr<KRCheckListItemView>& itemView : newItemViews) {
         addSubview(itemView);
         m_checkListItemViewsByIdentifier.insert(itemView->itemIdentifier(), itemView);
@@ -237,6 +239,7 @@ void KRCheckListView::updateByRemovingItemsAtIndexes(const KRIndexSet& indexSet)
         itemViews.push_back(std::move(m_checkListItemViews[index]));
     }
     m_checkListItemViews = std::move(itemViews);
+    checkListViewMarkDividersStaleAfterRemovingItemsAtIndexes(indexes);
     for (const std::shared_ptr<KRCheckListItemView>& itemView : removedItemViews) {
         m_checkListItemViewsByIdentifier.remove(itemView->itemIdentifier());
     }
@@ -296,6 +299,7 @@ void KRCheckListView::updateByMovingItemsAtIndexesToIndex(const KRIndexSet& inde
     }
     m_checkListItemViews = std::move(itemViews);
     m_indexesForSelectedItems = selectedIndexes;
+    checkListViewMarkAllDividersStale();
 
     // Added again, the moved rows come to the front and are drawn above the others while they travel.
     for (const std::shared_ptr<KRCheckListItemView>& itemView : movedItemViews) {

@@ -19,6 +19,7 @@
 
 #include <memory>
 #include <optional>
+#include <utility>
 #include <vector>
 
 class KRCheckListDropPlaceholderContentView;
@@ -393,6 +394,8 @@ public:
     void checkListItemViewDidChangeSizeThatFits(KRCheckListItemView* itemView) override;
     void checkListItemViewDidEndEditingTitle(KRCheckListItemView* itemView) override;
     void checkListItemViewDidChangeHighlighted(KRCheckListItemView* itemView) override;
+    // A row's divider inputs changed behind the list's back: the next divider pass visits every row.
+    void checkListItemViewDidChangeDividerInputs(KRCheckListItemView* itemView) override;
     // The edited title's commands; after an unhandled moveUp: the caret keeps its tracked x on the next turn.
     bool checkListItemViewTextViewDoCommandBySelector(KRCheckListItemView* itemView, KRTextView* textView,
                                                       const KRSelector& selector) override;
@@ -434,6 +437,31 @@ private:
 
     // The indexes the divider pass leaves out while a drag runs (empty at rest).
     KRIndexSet checkListViewIndexesOfDraggedItems() const;
+    // Dividers. A row's flags follow from its own state, the next row's and its place in the list; the
+    // passes after a layout, a selection or an edit recompute only the rows whose inputs the list changed
+    // since the last pass, and every row when something else may have changed them.
+    struct DividerContext;
+    DividerContext checkListViewDividerContext() const;
+    void checkListViewUpdateDividersOfItemAtIndex(KRUInteger index, const DividerContext& context);
+    void checkListViewUpdateStaleDividers();
+    // The row at index changed (or moved next to others): it and the row above it are recomputed.
+    void checkListViewMarkDividersStaleAtIndex(KRUInteger index);
+    void checkListViewMarkAllDividersStale();
+    void checkListViewMarkDividersStaleAfterInsertingItemsAtIndexes(const KRIndexSet& indexes);
+    void checkListViewMarkDividersStaleAfterRemovingItemsAtIndexes(const KRIndexSet& indexes);
+    // While the list itself changes rows' state, the rows' reports of it are not news.
+    class ItemViewStateChange {
+    public:
+        explicit ItemViewStateChange(KRCheckListView& list)
+            : m_list(list), m_wasChanging(std::exchange(list.m_changingItemViewState, true)) {}
+        ~ItemViewStateChange() { m_list.m_changingItemViewState = m_wasChanging; }
+        ItemViewStateChange(const ItemViewStateChange&) = delete;
+        ItemViewStateChange& operator=(const ItemViewStateChange&) = delete;
+
+    private:
+        KRCheckListView& m_list;
+        bool m_wasChanging;
+    };
     // An edit ended by an update, to begin again on the same item once the rows have changed.
     struct SavedEdit {
         std::shared_ptr<KRCheckListItemTitleTextField> titleTextField;
@@ -498,6 +526,11 @@ private:
     bool m_didHandleLastKeyDownEvent = false;
     bool m_dragging = false;
     bool m_updateScheduled = false;
+    KRMutableIndexSet m_indexesWithStaleDividers;
+    bool m_allDividersStale = true;
+    // The last divider pass saw a drag or a drop placeholder: the next one at rest visits every row.
+    bool m_dividersFollowDrag = false;
+    bool m_changingItemViewState = false;
     // The press of a plain click, from the press to the release: its drags and its release go to the editor.
     std::optional<KREvent> m_clickPressInFieldEditor;
 };

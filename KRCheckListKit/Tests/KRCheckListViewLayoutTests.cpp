@@ -10,6 +10,7 @@
 
 #include <memory>
 #include <optional>
+#include <random>
 #include <vector>
 
 using namespace KRCheckListViewTesting;
@@ -400,4 +401,62 @@ TEST_F(KRCheckListViewLayoutTests, RowWithAnEmptyFrameDrawsNoBottomDividerWhileT
     rowAt(1)->setFrame(KRRectZero);
     list->checkListViewUpdateDividers();
     EXPECT_EQ(indexesOf(rowsDrawingBottomDividers()), indexesOf(KRIndexSet{0, 2}));
+}
+
+// The passes after a layout, a selection or an edit only visit the rows whose inputs changed; whatever
+// happened before a layout, a pass over every row right after it must find nothing to change.
+TEST_F(KRCheckListViewLayoutTests, DividersAfterEveryChangeAreThoseAPassOverEveryRowGives) {
+    showItems({"a", "b", "c", "d", "e", "f", "g", "h"});
+    dataSource->reportsChanges = true;
+    window.makeFirstResponder(list.get());
+    std::mt19937 random(7);
+    int changesChecked = 0;
+    for (int step = 0; step < 400; ++step) {
+        const KRUInteger count = list->numberOfItems();
+        const KRUInteger index = count == 0 ? 0 : random() % count;
+        switch (random() % 7) {
+        case 0:
+            list->insertItemAtIndex(random() % (count + 1));
+            break;
+        case 1:
+            if (count > 1) {
+                list->removeItemAtIndex(index);
+            }
+            break;
+        case 2:
+            if (count > 0) {
+                list->beginEditingItemAtIndexSelectRange(index, KRMakeRange(0, 0));
+            }
+            break;
+        case 3:
+            list->endEditing();
+            break;
+        case 4:
+            if (count > 0) {
+                list->selectItemsAtIndexesByExtendingSelection(KRIndexSet(index), random() % 2 == 0);
+            }
+            break;
+        case 5:
+            if (count > 0) {
+                // A row changed by someone else than the list.
+                rowAt(index)->setHighlighted(!rowAt(index)->isHighlighted());
+            }
+            break;
+        default:
+            list->setNeedsLayout(true);
+            break;
+        }
+        KRRunLoop::main().runUntilIdle();
+        // A layout pass updates the dividers of the rows it knows to have changed.
+        list->setNeedsLayout(true);
+        list->layoutIfNeeded();
+
+        const KRIndexSet tops = rowsDrawingTopDividers();
+        const KRIndexSet bottoms = rowsDrawingBottomDividers();
+        list->checkListViewUpdateDividers();
+        ASSERT_EQ(indexesOf(rowsDrawingTopDividers()), indexesOf(tops)) << "after step " << step;
+        ASSERT_EQ(indexesOf(rowsDrawingBottomDividers()), indexesOf(bottoms)) << "after step " << step;
+        changesChecked += 1;
+    }
+    EXPECT_EQ(changesChecked, 400);
 }

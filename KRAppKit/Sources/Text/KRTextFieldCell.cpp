@@ -169,18 +169,25 @@ KRTextView* KRTextFieldCell::currentEditor() const {
     return m_editing->editor.get();
 }
 
+// One shared editor serves every field of a window, so loading it is on the path of every click and every
+// move from row to row: the text is laid out once, and a font the editor already has is not set again (the
+// text it would restyle is replaced anyway).
 void KRTextFieldCell::loadEditor(KRTextView& editor) const {
-    editor.setDefaultFont(m_font);
-    editor.setTextColor(m_textColor);
-    editor.setFixedLineHeight(fixedLineHeight());
-    editor.setEditable(m_editable);
-    editor.setRichText(m_allowsEditingTextAttributes);
-    KRTextAttributes typing = m_value.leadingAttributes();
-    if (!typing.font) {
-        typing.font = m_font;
-    }
-    editor.setTypingAttributes(typing.charFormat());
-    editor.setAttributedString(m_value);
+    editor.performDocumentChanges([this, &editor] {
+        if (editor.defaultFont() != m_font) {
+            editor.setDefaultFont(m_font);
+        }
+        editor.setTextColor(m_textColor);
+        editor.setFixedLineHeight(fixedLineHeight());
+        editor.setEditable(m_editable);
+        editor.setRichText(m_allowsEditingTextAttributes);
+        KRTextAttributes typing = m_value.leadingAttributes();
+        if (!typing.font) {
+            typing.font = m_font;
+        }
+        editor.setTypingAttributes(typing.charFormat());
+        editor.setAttributedString(m_value);
+    });
 }
 
 void KRTextFieldCell::attachEditor(KRRect frame, KRView* controlView,

@@ -260,6 +260,13 @@ void KRTextView::setAttributedString(const KRAttributedString& string) {
     setNeedsDisplay();
 }
 
+void KRTextView::performDocumentChanges(const std::function<void()>& changes) {
+    QTextCursor batch(m_document.get());
+    batch.beginEditBlock();
+    changes();
+    batch.endEditBlock();
+}
+
 // Text
 // -------------------------------------------------------------------------------------------------------
 

@@ -81,6 +81,9 @@ public:
     KRAttributedString attributedString() const;
     // Replaces text and attributes (not undoable, no textDidChange); the caret goes to the end.
     void setAttributedString(const KRAttributedString& string);
+    // Runs changes of the text, its attributes and its paragraphs as one change of the document, which is
+    // laid out once at the end instead of after each of them.
+    void performDocumentChanges(const std::function<void()>& changes);
     // Whether pasting keeps styled text (HTML on the pasteboard) rather than only its plain string.
     bool isRichText() const { return m_richText; }
     void setRichText(bool richText) { m_richText = richText; }
