@@ -49,11 +49,7 @@ void KRCheckListView::beginEditingItemAtIndexSelectRangeUseTrackedInsertionPoint
 
     // Taking first responder puts the field editor (the list's own, through the row) over the title.
     KRCheckListItemView& itemView = *m_checkListItemViews.at(index);
-    {
-        const ItemViewStateChange stateChange(*this);
-        itemView.setEdited(true);
-        checkListViewMarkDividersStaleAtIndex(index);
-    }
+    itemView.setEdited(true);
     KRCheckListItemTitleTextField& titleTextField = *itemView.titleTextField();
     titleTextField.setEditable(true);
     if (KRWindow* window = this->window()) {
@@ -128,11 +124,7 @@ void KRCheckListView::endEditing() {
     }
 
     checkListViewWillEndEditingItemAtIndex(this, index);
-    {
-        const ItemViewStateChange stateChange(*this);
-        itemView.setEdited(false);
-        checkListViewMarkDividersStaleAtIndex(index);
-    }
+    itemView.setEdited(false);
     m_indexForEditedItem = KRNotFound;
     checkListViewDidEndEditingItemAtIndex(this, index);
     m_endingEditing = false;
@@ -252,6 +244,7 @@ void KRCheckListView::checkListViewUpdatePlaceholderForEachItemView() {
     }
 }
 
+// ------------------------------------------------------------------------------------------------------
 // Focus
 // ------------------------------------------------------------------------------------------------------
 

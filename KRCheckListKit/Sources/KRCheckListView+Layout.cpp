@@ -16,6 +16,8 @@
 namespace {
 // How many rows ahead a pass over all rows asks for their state: enough to cover a load from memory.
 constexpr std::size_t kListPassPrefetchDistance = 8;
+// Past this many rows reporting changes between two passes, a pass over every row is cheaper.
+constexpr std::size_t kMaximumReportedItemViews = 64;
 } // namespace
 
 // Layout record
@@ -97,21 +99,14 @@ void KRCheckListView::layoutSubviews() {
     // Once one row moves, the whole list is marked for display, and the rows it covers need not each mark
     // where they were and where they go: inserting at the top of a long list moves every row below.
     std::optional<KRView::SubviewDisplayCoverage> displayCoverage;
-    std::optional<ItemViewStateChange> stateChange;
     for (std::size_t index = 0; index < m_checkListItemViews.size(); ++index) {
         KRCheckListItemView* itemView = m_checkListItemViews[index].get();
         const KRRect frame = index < frameCount ? layout.itemViewFrames[index] : KRRectZero;
-        const KRRect oldFrame = itemView->frame();
-        if (oldFrame == frame) {
+        if (itemView->frame() == frame) {
             continue;
         }
         if (!displayCoverage) {
             displayCoverage.emplace(this);
-            stateChange.emplace(*this);
-        }
-        // Whether a row has an area decides its bottom divider.
-        if (KRRectIntersectsRect(oldFrame, oldFrame) != KRRectIntersectsRect(frame, frame)) {
-            checkListViewMarkDividersStaleAtIndex(index);
         }
         // A dragged row that the mouse moves is placed at once: it sticks to the pointer while the others
         // glide along whatever animation the caller opened. (performNonAnimated with false only runs its
@@ -132,7 +127,6 @@ void KRCheckListView::layoutSubviews() {
         checkListViewDidChangeSizeThatFits(this);
         m_lastSizeThatFits = layout.sizeThatFits;
     }
-    stateChange.reset();
     checkListViewUpdateStaleDividers();
 }
 
@@ -280,7 +274,6 @@ void KRCheckListView::checkListViewUpdateDividersOfItemAtIndex(KRUInteger index,
 
 void KRCheckListView::checkListViewUpdateDividers() {
     const DividerContext context = checkListViewDividerContext();
-    const ItemViewStateChange stateChange(*this);
     for (KRUInteger index = 0; index < context.count; ++index) {
         // A long list is read row after row: ask for the rows a little ahead so as not to wait on each.
         if (index + kListPassPrefetchDistance < context.count) {
@@ -289,6 +282,8 @@ void KRCheckListView::checkListViewUpdateDividers() {
         checkListViewUpdateDividersOfItemAtIndex(index, context);
     }
     m_indexesWithStaleDividers.removeAllIndexes();
+    // The rows whose flags this pass changed reported it; that is no news to the next pass.
+    m_itemViewsWithStaleDividers.clear();
     m_allDividersStale = false;
     m_dividersFollowDrag = context.dragging || context.placeholderHasHeight;
 }
@@ -302,9 +297,9 @@ void KRCheckListView::checkListViewUpdateStaleDividers() {
         return;
     }
     const DividerContext context = checkListViewDividerContext();
+    checkListViewTakeIndexesOfItemViews(m_itemViewsWithStaleDividers, m_indexesWithStaleDividers);
     const KRIndexSet staleIndexes = m_indexesWithStaleDividers;
     m_indexesWithStaleDividers.removeAllIndexes();
-    const ItemViewStateChange stateChange(*this);
     KRUInteger nextToUpdate = 0;
     for (const KRUInteger index : staleIndexes) {
         // The row above reads this row's state for its bottom divider.
@@ -315,7 +310,43 @@ void KRCheckListView::checkListViewUpdateStaleDividers() {
             }
         }
     }
+    m_itemViewsWithStaleDividers.clear();
 }
+
+namespace {
+
+// Marks taken before an insertion follow their rows to their new indexes. Ascending, each inserted index is
+// a final position: every one at or above a row pushes it down.
+void shiftMarksOverInsertedIndexes(KRMutableIndexSet& marks, const KRIndexSet& inserted) {
+    const std::vector<KRUInteger> earlierMarks = marks.indexes();
+    marks.removeAllIndexes();
+    for (KRUInteger mark : earlierMarks) {
+        for (const KRUInteger index : inserted) {
+            if (index <= mark) {
+                ++mark;
+            }
+        }
+        marks.addIndex(mark);
+    }
+}
+
+// A mark on a removed row goes to the row that takes its place.
+void shiftMarksOverRemovedIndexes(KRMutableIndexSet& marks, const KRIndexSet& removed) {
+    const std::vector<KRUInteger> earlierMarks = marks.indexes();
+    marks.removeAllIndexes();
+    for (const KRUInteger mark : earlierMarks) {
+        KRUInteger removedAbove = 0;
+        for (const KRUInteger index : removed) {
+            if (index >= mark) {
+                break;
+            }
+            ++removedAbove;
+        }
+        marks.addIndex(mark - removedAbove);
+    }
+}
+
+} // namespace
 
 void KRCheckListView::checkListViewMarkDividersStaleAtIndex(KRUInteger index) {
     if (!m_allDividersStale) {
@@ -326,14 +357,35 @@ void KRCheckListView::checkListViewMarkDividersStaleAtIndex(KRUInteger index) {
 void KRCheckListView::checkListViewMarkAllDividersStale() {
     m_allDividersStale = true;
     m_indexesWithStaleDividers.removeAllIndexes();
+    m_itemViewsWithStaleDividers.clear();
 }
 
-// Marks taken before the change would point at other rows now: those are given up for a pass over all.
-void KRCheckListView::checkListViewMarkDividersStaleAfterInsertingItemsAtIndexes(const KRIndexSet& indexes) {
-    if (m_indexesWithStaleDividers.count() > 0) {
-        checkListViewMarkAllDividersStale();
+void KRCheckListView::checkListItemViewDidChangeDividerInputs(KRCheckListItemView* itemView) {
+    if (!m_allDividersStale) {
+        m_itemViewsWithStaleDividers.push_back(itemView);
+        if (m_itemViewsWithStaleDividers.size() > kMaximumReportedItemViews) {
+            m_allDividersStale = true;
+            m_itemViewsWithStaleDividers.clear();
+        }
+    }
+}
+
+void KRCheckListView::checkListViewTakeIndexesOfItemViews(std::vector<const KRCheckListItemView*>& itemViews,
+                                                          KRMutableIndexSet& indexes) const {
+    if (itemViews.empty()) {
         return;
     }
+    std::sort(itemViews.begin(), itemViews.end());
+    for (std::size_t index = 0; index < m_checkListItemViews.size(); ++index) {
+        if (std::binary_search(itemViews.begin(), itemViews.end(), m_checkListItemViews[index].get())) {
+            indexes.addIndex(index);
+        }
+    }
+    itemViews.clear();
+}
+
+void KRCheckListView::checkListViewMarkDividersStaleAfterInsertingItemsAtIndexes(const KRIndexSet& indexes) {
+    shiftMarksOverInsertedIndexes(m_indexesWithStaleDividers, indexes);
     for (const KRUInteger index : indexes) {
         checkListViewMarkDividersStaleAtIndex(index);
         // The row pushed down may have been the first.
@@ -346,10 +398,7 @@ void KRCheckListView::checkListViewMarkDividersStaleAfterInsertingItemsAtIndexes
 }
 
 void KRCheckListView::checkListViewMarkDividersStaleAfterRemovingItemsAtIndexes(const KRIndexSet& indexes) {
-    if (m_indexesWithStaleDividers.count() > 0) {
-        checkListViewMarkAllDividersStale();
-        return;
-    }
+    shiftMarksOverRemovedIndexes(m_indexesWithStaleDividers, indexes);
     // Each removed index, counted after the removal, is where the next remaining row now stands.
     KRUInteger removedBefore = 0;
     for (const KRUInteger index : indexes) {

@@ -30,20 +30,13 @@ void KRCheckListView::selectItemsAtIndexesByExtendingSelection(const KRIndexSet&
     const std::vector<KRRange>& ranges = selectedIndexes.ranges();
     auto range = ranges.cbegin();
     const KRUInteger count = m_checkListItemViews.size();
-    {
-        const ItemViewStateChange stateChange(*this);
-        for (KRUInteger index = 0; index < count; ++index) {
-            while (range != ranges.cend() && KRMaxRange(*range) <= index) {
-                ++range;
-            }
-            const bool selected = range != ranges.cend() && KRLocationInRange(index, *range);
-            KRCheckListItemView& itemView = *m_checkListItemViews[index];
-            if (itemView.isSelected() != selected) {
-                checkListViewMarkDividersStaleAtIndex(index);
-            }
-            // Every row is told, also those whose flag stays as it is.
-            itemView.setSelected(selected);
+    for (KRUInteger index = 0; index < count; ++index) {
+        while (range != ranges.cend() && KRMaxRange(*range) <= index) {
+            ++range;
         }
+        const bool selected = range != ranges.cend() && KRLocationInRange(index, *range);
+        // Every row is told, also those whose flag stays as it is.
+        m_checkListItemViews[index]->setSelected(selected);
     }
 
     m_indexesForSelectedItems = selectedIndexes;

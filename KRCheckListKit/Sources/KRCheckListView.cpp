@@ -715,12 +715,6 @@ void KRCheckListView::checkListItemViewDidChangeHighlighted(KRCheckListItemView*
     checkListViewUpdateDividers();
 }
 
-void KRCheckListView::checkListItemViewDidChangeDividerInputs(KRCheckListItemView*) {
-    if (!m_changingItemViewState) {
-        checkListViewMarkAllDividersStale();
-    }
-}
-
 std::shared_ptr<KRTextView> KRCheckListView::checkListItemViewFieldEditorForView(KRCheckListItemView*,
                                                                                  KRView*) {
     return m_fieldEditor;

@@ -394,7 +394,7 @@ public:
     void checkListItemViewDidChangeSizeThatFits(KRCheckListItemView* itemView) override;
     void checkListItemViewDidEndEditingTitle(KRCheckListItemView* itemView) override;
     void checkListItemViewDidChangeHighlighted(KRCheckListItemView* itemView) override;
-    // A row's divider inputs changed behind the list's back: the next divider pass visits every row.
+    // The next passes visit the row (or every row, when many changed).
     void checkListItemViewDidChangeDividerInputs(KRCheckListItemView* itemView) override;
     // The edited title's commands; after an unhandled moveUp: the caret keeps its tracked x on the next turn.
     bool checkListItemViewTextViewDoCommandBySelector(KRCheckListItemView* itemView, KRTextView* textView,
@@ -444,24 +444,15 @@ private:
     DividerContext checkListViewDividerContext() const;
     void checkListViewUpdateDividersOfItemAtIndex(KRUInteger index, const DividerContext& context);
     void checkListViewUpdateStaleDividers();
-    // The row at index changed (or moved next to others): it and the row above it are recomputed.
+    // The row at index changed (or moved next to others): its dividers and the row above it are recomputed
+    // by the next pass.
     void checkListViewMarkDividersStaleAtIndex(KRUInteger index);
     void checkListViewMarkAllDividersStale();
     void checkListViewMarkDividersStaleAfterInsertingItemsAtIndexes(const KRIndexSet& indexes);
     void checkListViewMarkDividersStaleAfterRemovingItemsAtIndexes(const KRIndexSet& indexes);
-    // While the list itself changes rows' state, the rows' reports of it are not news.
-    class ItemViewStateChange {
-    public:
-        explicit ItemViewStateChange(KRCheckListView& list)
-            : m_list(list), m_wasChanging(std::exchange(list.m_changingItemViewState, true)) {}
-        ~ItemViewStateChange() { m_list.m_changingItemViewState = m_wasChanging; }
-        ItemViewStateChange(const ItemViewStateChange&) = delete;
-        ItemViewStateChange& operator=(const ItemViewStateChange&) = delete;
-
-    private:
-        KRCheckListView& m_list;
-        bool m_wasChanging;
-    };
+    // The rows that reported a change since the last pass, found by one walk over the rows.
+    void checkListViewTakeIndexesOfItemViews(std::vector<const KRCheckListItemView*>& itemViews,
+                                             KRMutableIndexSet& indexes) const;
     // An edit ended by an update, to begin again on the same item once the rows have changed.
     struct SavedEdit {
         std::shared_ptr<KRCheckListItemTitleTextField> titleTextField;
@@ -530,7 +521,8 @@ private:
     bool m_allDividersStale = true;
     // The last divider pass saw a drag or a drop placeholder: the next one at rest visits every row.
     bool m_dividersFollowDrag = false;
-    bool m_changingItemViewState = false;
+    // Rows that reported a change of what the passes read; too many and every row is visited instead.
+    std::vector<const KRCheckListItemView*> m_itemViewsWithStaleDividers;
     // The press of a plain click, from the press to the release: its drags and its release go to the editor.
     std::optional<KREvent> m_clickPressInFieldEditor;
 };

@@ -405,7 +405,7 @@ TEST_F(KRCheckListViewLayoutTests, RowWithAnEmptyFrameDrawsNoBottomDividerWhileT
 
 // The passes after a layout, a selection or an edit only visit the rows whose inputs changed; whatever
 // happened before a layout, a pass over every row right after it must find nothing to change.
-TEST_F(KRCheckListViewLayoutTests, DividersAfterEveryChangeAreThoseAPassOverEveryRowGives) {
+TEST_F(KRCheckListViewLayoutTests, DividersAfterEveryChangeAreThoseOfAPassOverEveryRow) {
     showItems({"a", "b", "c", "d", "e", "f", "g", "h"});
     dataSource->reportsChanges = true;
     window.makeFirstResponder(list.get());
@@ -414,7 +414,7 @@ TEST_F(KRCheckListViewLayoutTests, DividersAfterEveryChangeAreThoseAPassOverEver
     for (int step = 0; step < 400; ++step) {
         const KRUInteger count = list->numberOfItems();
         const KRUInteger index = count == 0 ? 0 : random() % count;
-        switch (random() % 7) {
+        switch (random() % 8) {
         case 0:
             list->insertItemAtIndex(random() % (count + 1));
             break;
@@ -440,6 +440,13 @@ TEST_F(KRCheckListViewLayoutTests, DividersAfterEveryChangeAreThoseAPassOverEver
             if (count > 0) {
                 // A row changed by someone else than the list.
                 rowAt(index)->setHighlighted(!rowAt(index)->isHighlighted());
+            }
+            break;
+        case 6:
+            if (count > 0) {
+                // Without an area until the next layout.
+                rowAt(index)->setFrame(KRRectZero);
+                list->checkListViewUpdateDividers();
             }
             break;
         default:

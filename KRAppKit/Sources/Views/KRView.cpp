@@ -12,6 +12,9 @@
 
 namespace {
 
+// How many subviews ahead a pass over all subviews asks for their state: enough to cover a load from memory.
+constexpr std::size_t kSubviewPrefetchDistance = 8;
+
 const char* const KRFrameOriginKey = "frameOrigin";
 const char* const KRFrameSizeKey = "frameSize";
 const char* const KROpacityKey = "opacity";
@@ -564,10 +567,16 @@ void KRView::layoutIfNeeded() {
         }
         if (m_subtreeNeedsLayout) {
             m_subtreeNeedsLayout = false;
+            // A list of thousands of rows comes through here for the one row that changed: the clean rows
+            // are only read (a little ahead), and only a row laid out is held while it lays out.
             for (std::size_t i = 0; i < m_subviews.size(); ++i) {
-                const std::shared_ptr<KRView> subview = m_subviews[i];
-                if (subview->m_needsLayout || subview->m_subtreeNeedsLayout) {
-                    subview->layoutIfNeeded();
+                if (i + kSubviewPrefetchDistance < m_subviews.size()) {
+                    __builtin_prefetch(&m_subviews[i + kSubviewPrefetchDistance]->m_needsLayout);
+                }
+                const KRView& subview = *m_subviews[i];
+                if (subview.m_needsLayout || subview.m_subtreeNeedsLayout) {
+                    const std::shared_ptr<KRView> laidOut = m_subviews[i];
+                    laidOut->layoutIfNeeded();
                 }
             }
         }
