@@ -13,6 +13,7 @@
 #include <iterator>
 #include <limits>
 #include <stdexcept>
+#include <vector>
 
 #define KR_CHECKLIST_VIEW_ASSERT(condition, method, message)                                                 \
     KRAssert((condition), QStringLiteral(method), this, QStringLiteral("KRCheckListView"), __LINE__,         \
@@ -39,8 +40,14 @@ void KRCheckListView::reloadItems() {
     constexpr double largest = std::numeric_limits<double>::max();
     const double minHeight = m_dummyCheckListItemView->sizeThatFits(KRSize{largest, largest}).height;
 
+    // All at once: one by one, each removal would shift every row behind it.
+    std::vector<KRView*> oldSubviews;
+    oldSubviews.reserve(oldItemViews.size());
     for (const std::shared_ptr<KRCheckListItemView>& itemView : oldItemViews) {
-        itemView->removeFromSuperview();
+        oldSubviews.push_back(itemView.get());
+    }
+    removeSubviews(oldSubviews);
+    if (!oldItemViews.empty()) {
         setNeedsLayout(true);
     }
 

@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <unordered_set>
 #include <utility>
 
 namespace {
@@ -183,6 +184,58 @@ void KRView::removeFromSuperview() {
     }
     viewWillMoveToSuperview(nullptr);
     detachFromSuperview();
+}
+
+void KRView::removeSubviews(std::span<KRView* const> views) {
+    std::unordered_set<const KRView*> leaving;
+    leaving.reserve(views.size());
+    std::vector<KRView*> order;
+    order.reserve(views.size());
+    KRWindow* const window = this->window();
+    for (KRView* view : views) {
+        if (!view || view->superview() != this || !leaving.insert(view).second) {
+            continue;
+        }
+        order.push_back(view);
+        view->setNeedsDisplay();
+        if (window) {
+            window->viewWillBeRemoved(view);
+        }
+        view->viewWillMoveToSuperview(nullptr);
+    }
+    if (order.empty()) {
+        return;
+    }
+    KRWindow* const formerWindow = this->window();
+    // The views stay alive until every one of them has heard that it left.
+    std::vector<std::shared_ptr<KRView>> keepAlive;
+    keepAlive.reserve(order.size());
+    auto kept = m_subviews.begin();
+    for (auto& subview : m_subviews) {
+        if (leaving.contains(subview.get())) {
+            subview->m_parent = 0;
+            keepAlive.push_back(std::move(subview));
+        } else {
+            *kept++ = std::move(subview);
+        }
+    }
+    m_subviews.erase(kept, m_subviews.end());
+    // A view that a hook took out meanwhile has heard of that move already.
+    std::vector<const KRView*> removed;
+    removed.reserve(keepAlive.size());
+    for (const auto& view : keepAlive) {
+        removed.push_back(view.get());
+    }
+    std::sort(removed.begin(), removed.end());
+    for (KRView* view : order) {
+        if (!std::binary_search(removed.begin(), removed.end(), view)) {
+            continue;
+        }
+        if (formerWindow) {
+            view->windowDidChange(nullptr);
+        }
+        view->viewDidMoveToSuperview();
+    }
 }
 
 // Kept separate so the last owner can go away at the very end, after nothing touches this view any more.
