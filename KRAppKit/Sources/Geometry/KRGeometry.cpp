@@ -10,18 +10,6 @@ const KRRect KRRectNull{
     KRPoint{std::numeric_limits<double>::infinity(), std::numeric_limits<double>::infinity()},
     KRSize{0.0, 0.0}};
 
-KRRect KRRectStandardize(KRRect rect) {
-    if (rect.size.width < 0.0) {
-        rect.origin.x += rect.size.width;
-        rect.size.width = -rect.size.width;
-    }
-    if (rect.size.height < 0.0) {
-        rect.origin.y += rect.size.height;
-        rect.size.height = -rect.size.height;
-    }
-    return rect;
-}
-
 double KRRectGetMinX(KRRect rect) {
     return KRRectStandardize(rect).origin.x;
 }
@@ -58,49 +46,6 @@ double KRRectGetHeight(KRRect rect) {
     return std::fabs(rect.size.height);
 }
 
-bool KRRectIsNull(KRRect rect) {
-    constexpr double infinity = std::numeric_limits<double>::infinity();
-    return rect.origin.x == infinity || rect.origin.y == infinity;
-}
-
-bool KRRectIsEmpty(KRRect rect) {
-    return KRRectIsNull(rect) || rect.size.width == 0.0 || rect.size.height == 0.0;
-}
-
-bool KRRectContainsPoint(KRRect rect, KRPoint point) {
-    if (KRRectIsNull(rect)) {
-        return false;
-    }
-    const KRRect r = KRRectStandardize(rect);
-    return point.x >= r.origin.x && point.x < r.origin.x + r.size.width && point.y >= r.origin.y &&
-           point.y < r.origin.y + r.size.height;
-}
-
-bool KRRectContainsRect(KRRect rect1, KRRect rect2) {
-    if (KRRectIsNull(rect1) || KRRectIsNull(rect2)) {
-        return false;
-    }
-    const KRRect outer = KRRectStandardize(rect1);
-    const KRRect inner = KRRectStandardize(rect2);
-    return inner.origin.x >= outer.origin.x && inner.origin.y >= outer.origin.y &&
-           inner.origin.x + inner.size.width <= outer.origin.x + outer.size.width &&
-           inner.origin.y + inner.size.height <= outer.origin.y + outer.size.height;
-}
-
-bool KRRectIntersectsRect(KRRect rect1, KRRect rect2) {
-    if (KRRectIsNull(rect1) || KRRectIsNull(rect2)) {
-        return false;
-    }
-    const KRRect a = KRRectStandardize(rect1);
-    const KRRect b = KRRectStandardize(rect2);
-    const double minX = std::max(a.origin.x, b.origin.x);
-    const double maxX = std::min(a.origin.x + a.size.width, b.origin.x + b.size.width);
-    const double minY = std::max(a.origin.y, b.origin.y);
-    const double maxY = std::min(a.origin.y + a.size.height, b.origin.y + b.size.height);
-    // Strict: a shared edge or a zero-thickness rect encloses no area.
-    return minX < maxX && minY < maxY;
-}
-
 KRRect KRRectIntersection(KRRect rect1, KRRect rect2) {
     if (KRRectIsNull(rect1) || KRRectIsNull(rect2)) {
         return KRRectNull;
@@ -114,22 +59,6 @@ KRRect KRRectIntersection(KRRect rect1, KRRect rect2) {
     if (minX > maxX || minY > maxY) {
         return KRRectNull;
     }
-    return KRRectMake(minX, minY, maxX - minX, maxY - minY);
-}
-
-KRRect KRRectUnion(KRRect rect1, KRRect rect2) {
-    if (KRRectIsNull(rect1)) {
-        return KRRectIsNull(rect2) ? KRRectNull : KRRectStandardize(rect2);
-    }
-    if (KRRectIsNull(rect2)) {
-        return KRRectStandardize(rect1);
-    }
-    const KRRect a = KRRectStandardize(rect1);
-    const KRRect b = KRRectStandardize(rect2);
-    const double minX = std::min(a.origin.x, b.origin.x);
-    const double maxX = std::max(a.origin.x + a.size.width, b.origin.x + b.size.width);
-    const double minY = std::min(a.origin.y, b.origin.y);
-    const double maxY = std::max(a.origin.y + a.size.height, b.origin.y + b.size.height);
     return KRRectMake(minX, minY, maxX - minX, maxY - minY);
 }
 

@@ -73,7 +73,9 @@ public:
     virtual void setFrameOrigin(KRPoint origin);
     virtual void setFrameSize(KRSize size);
     // Bounds share the frame's size; their origin shifts the content (scrolling).
-    KRRect bounds() const { return KRRect{identity().boundsOrigin, m_frame.size}; }
+    KRRect bounds() const {
+        return KRRect{m_identity ? m_identity->boundsOrigin : KRPointZero, m_frame.size};
+    }
     void setBoundsOrigin(KRPoint origin);
     // What is on screen now: the model value, or the running animation's current value.
     KRRect presentationFrame() const;
