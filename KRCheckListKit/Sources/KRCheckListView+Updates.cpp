@@ -7,6 +7,7 @@
 // changed in one step that calls out to nobody, so they need not be copied whole for every update.
 #include "KRCheckListView.h"
 
+#include "Animation/KRAnimationTransaction.h"
 #include "Foundation/KRAssertionHandler.h"
 
 #include <algorithm>
@@ -63,9 +64,23 @@ void KRCheckListView::reloadItems() {
         itemViewsByIdentifier.insert(itemView->itemIdentifier(), itemView);
         itemViews.push_back(std::move(itemView));
     }
-    for (const std::shared_ptr<KRCheckListItemView>& itemView : itemViews) {
-        addSubview(itemView);
-        setNeedsLayout(true);
+    // Each row takes its first layout before it joins the window, at the size the list's pass gives it: its
+    // views then mark nothing for display on the way, and the list marks itself whole once for all of them.
+    // Inside an animated block new rows grow in the list's pass instead, as inserted rows do.
+    if (!KRAnimationTransaction::currentGroup()) {
+        const KRSize size = bounds().size;
+        for (const std::shared_ptr<KRCheckListItemView>& itemView : itemViews) {
+            itemView->setFrameSize(itemView->sizeThatFits(size));
+            itemView->layoutIfNeeded();
+        }
+    }
+    {
+        const SubviewDisplayCoverage displayCoverage(this);
+        reserveSubviews(subviews().size() + itemViews.size());
+        for (const std::shared_ptr<KRCheckListItemView>& itemView : itemViews) {
+            addSubview(itemView);
+            setNeedsLayout(true);
+        }
     }
     m_checkListItemViews = std::move(itemViews);
     m_checkListItemViewsByIdentifier = std::move(itemViewsByIdentifier);
