@@ -273,6 +273,16 @@ KRCheckListView::checkListViewMakeItemViewForItemAtIndex(KRUInteger index, std::
         row.setItemIdentifier(identifier);
         row.setTitle(title);
         row.setStatus(status);
+        // A row whose values already call for an update shows the dividers of a row at rest in that same
+        // update: the bottom one, and the top one for the first row. The list's divider pass has the last
+        // word, and leaves alone the rows it agrees with. A row left at a new row's values gets no update
+        // here, as before: its dividers come with the pass.
+        if (row.isUpdateScheduled()) {
+            if (index == 0) {
+                row.setDrawsTopDivider(true);
+            }
+            row.setDrawsBottomDivider(true);
+        }
         row.setDelegate(this);
     });
     return itemView;
