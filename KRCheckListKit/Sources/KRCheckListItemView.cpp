@@ -94,6 +94,8 @@ struct RowLooks {
     std::shared_ptr<KRImage> checkBoxImage;
     QColor checkBoxImageColor;
     QColor titleTextColor;
+    double topDividerAlpha = 0.0;
+    double bottomDividerAlpha = 0.0;
     bool strikethrough = false;
 };
 
@@ -654,6 +656,8 @@ void KRCheckListItemView::update() {
     RowLooks looks;
     applyShapeLooks(looks, edited, selected || dragged);
     applyStatusLooks(looks, status);
+    looks.topDividerAlpha = drawsTopDivider ? 1.0 : 0.0;
+    looks.bottomDividerAlpha = drawsBottomDivider ? 1.0 : 0.0;
 
     const KRParagraphStyle paragraphStyle = titleParagraphStyle(lineHeight);
     KRTextAttributes titleAttributes;
@@ -685,23 +689,25 @@ void KRCheckListItemView::update() {
     checkBox.setImageAlpha(1.0);
     checkBox.endUpdates();
 
-    // Handle, title colour and dividers never animate, whatever the caller opened around the change.
-    KRView::performWithoutAnimation([&] {
+    // Handle, title colour and dividers never animate, whatever the caller opened around the change. The
+    // block captures little enough for the function to hold it without allocating: rows update often.
+    KRView::performWithoutAnimation([this, &looks] {
         KRButtonView& handle = *m_handleButtonView;
         handle.beginUpdates();
         handle.setImageColor(looks.handleImageColor);
         handle.setImageAlpha(looks.handleImageAlpha);
         handle.endUpdates();
         m_titleTextField->setTextColor(looks.titleTextColor);
-        m_topDividerView->setAlphaValue(drawsTopDivider ? 1.0 : 0.0);
-        m_bottomDividerView->setAlphaValue(drawsBottomDivider ? 1.0 : 0.0);
+        m_topDividerView->setAlphaValue(looks.topDividerAlpha);
+        m_bottomDividerView->setAlphaValue(looks.bottomDividerAlpha);
     });
 
-    m_titleAttributes = sharedAttributes(titleAttributes);
-    std::shared_ptr<const KRTextAttributes> newPlaceholderAttributes =
-        sharedAttributes(placeholderAttributes);
-    if (newPlaceholderAttributes != m_placeholderAttributes) {
-        m_placeholderAttributes = std::move(newPlaceholderAttributes);
+    // An update that leaves a set as it was keeps the shared one it has.
+    if (!m_titleAttributes || !(*m_titleAttributes == titleAttributes)) {
+        m_titleAttributes = sharedAttributes(titleAttributes);
+    }
+    if (!m_placeholderAttributes || !(*m_placeholderAttributes == placeholderAttributes)) {
+        m_placeholderAttributes = sharedAttributes(placeholderAttributes);
         m_showsCurrentEmptyPlaceholder = false;
     }
 

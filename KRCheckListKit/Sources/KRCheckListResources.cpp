@@ -12,24 +12,48 @@ static void initializeCheckListResources() {
     Q_INIT_RESOURCE(KRCheckListKitImages);
 }
 
+namespace {
+
+// What the toolkit's cache answered for one image, kept while the cache keeps it: every row asks for its
+// images whenever it updates.
+struct RememberedImage {
+    int generation = 0;
+    std::shared_ptr<KRImage> image;
+};
+
+std::shared_ptr<KRImage> rememberedImageNamed(RememberedImage& remembered, const QString& name) {
+    const int generation = KRHelper::cachedImageGeneration();
+    if (!remembered.image || remembered.generation != generation) {
+        remembered.image = KRCheckListResources::checkListResourcesImageNamed(name);
+        remembered.generation = generation;
+    }
+    return remembered.image;
+}
+
+} // namespace
+
 std::shared_ptr<KRImage> KRCheckListResources::checkListResourcesImageNamed(const QString& name) {
     return KRHelper::cachedImageNamed(name, bundle());
 }
 
 std::shared_ptr<KRImage> KRCheckListResources::checkboxNormalImage() {
-    return checkListResourcesImageNamed(QStringLiteral("KRChecklist-Checkbox-Normal-Template"));
+    static RememberedImage remembered;
+    return rememberedImageNamed(remembered, QStringLiteral("KRChecklist-Checkbox-Normal-Template"));
 }
 
 std::shared_ptr<KRImage> KRCheckListResources::checkboxCompletedImage() {
-    return checkListResourcesImageNamed(QStringLiteral("KRChecklist-Checkbox-Completed-Template"));
+    static RememberedImage remembered;
+    return rememberedImageNamed(remembered, QStringLiteral("KRChecklist-Checkbox-Completed-Template"));
 }
 
 std::shared_ptr<KRImage> KRCheckListResources::checkboxCanceledImage() {
-    return checkListResourcesImageNamed(QStringLiteral("KRChecklist-Checkbox-Canceled-Template"));
+    static RememberedImage remembered;
+    return rememberedImageNamed(remembered, QStringLiteral("KRChecklist-Checkbox-Canceled-Template"));
 }
 
 std::shared_ptr<KRImage> KRCheckListResources::handleImage() {
-    return checkListResourcesImageNamed(QStringLiteral("KRChecklist-Handle-Template"));
+    static RememberedImage remembered;
+    return rememberedImageNamed(remembered, QStringLiteral("KRChecklist-Handle-Template"));
 }
 
 QString KRCheckListResources::bundle() {

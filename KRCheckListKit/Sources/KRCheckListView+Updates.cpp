@@ -7,12 +7,14 @@
 // changed in one step that calls out to nobody, so they need not be copied whole for every update.
 #include "KRCheckListView.h"
 
+#include "Animation/KRAnimationTransaction.h"
 #include "Foundation/KRAssertionHandler.h"
 
 #include <algorithm>
 #include <iterator>
 #include <limits>
 #include <stdexcept>
+#include <vector>
 
 #define KR_CHECKLIST_VIEW_ASSERT(condition, method, message)                                                 \
     KRAssert((condition), QStringLiteral(method), this, QStringLiteral("KRCheckListView"), __LINE__,         \
@@ -39,8 +41,14 @@ void KRCheckListView::reloadItems() {
     constexpr double largest = std::numeric_limits<double>::max();
     const double minHeight = m_dummyCheckListItemView->sizeThatFits(KRSize{largest, largest}).height;
 
+    // All at once: one by one, each removal would shift every row behind it.
+    std::vector<KRView*> oldSubviews;
+    oldSubviews.reserve(oldItemViews.size());
     for (const std::shared_ptr<KRCheckListItemView>& itemView : oldItemViews) {
-        itemView->removeFromSuperview();
+        oldSubviews.push_back(itemView.get());
+    }
+    removeSubviews(oldSubviews);
+    if (!oldItemViews.empty()) {
         setNeedsLayout(true);
     }
 
@@ -56,9 +64,23 @@ void KRCheckListView::reloadItems() {
         itemViewsByIdentifier.insert(itemView->itemIdentifier(), itemView);
         itemViews.push_back(std::move(itemView));
     }
-    for (const std::shared_ptr<KRCheckListItemView>& itemView : itemViews) {
-        addSubview(itemView);
-        setNeedsLayout(true);
+    // Each row takes its first layout before it joins the window, at the size the list's pass gives it: its
+    // views then mark nothing for display on the way, and the list marks itself whole once for all of them.
+    // Inside an animated block new rows grow in the list's pass instead, as inserted rows do.
+    if (!KRAnimationTransaction::currentGroup()) {
+        const KRSize size = bounds().size;
+        for (const std::shared_ptr<KRCheckListItemView>& itemView : itemViews) {
+            itemView->setFrameSize(itemView->sizeThatFits(size));
+            itemView->layoutIfNeeded();
+        }
+    }
+    {
+        const SubviewDisplayCoverage displayCoverage(this);
+        reserveSubviews(subviews().size() + itemViews.size());
+        for (const std::shared_ptr<KRCheckListItemView>& itemView : itemViews) {
+            addSubview(itemView);
+            setNeedsLayout(true);
+        }
     }
     m_checkListItemViews = std::move(itemViews);
     m_checkListItemViewsByIdentifier = std::move(itemViewsByIdentifier);

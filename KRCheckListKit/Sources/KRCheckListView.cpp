@@ -265,16 +265,27 @@ KRCheckListView::checkListViewMakeItemViewForItemAtIndex(KRUInteger index, std::
     const QString title = checkListViewTitleForItemAtIndex(this, index);
     auto itemView = std::make_shared<KRCheckListItemView>();
     KRCheckListItemView& row = *itemView;
-    row.update([&] {
-        if (minHeight) {
-            row.setMinHeight(*minHeight);
+    // One batch, as update(block) makes, without wrapping the block in a function for every row.
+    row.beginUpdates();
+    if (minHeight) {
+        row.setMinHeight(*minHeight);
+    }
+    row.setBackgroundColor(backgroundColor());
+    row.setItemIdentifier(identifier);
+    row.setTitle(title);
+    row.setStatus(status);
+    // A row whose values already call for an update shows the dividers of a row at rest in that same
+    // update: the bottom one, and the top one for the first row. The list's divider pass has the last
+    // word, and leaves alone the rows it agrees with. A row left at a new row's values gets no update
+    // here, as before: its dividers come with the pass.
+    if (row.isUpdateScheduled()) {
+        if (index == 0) {
+            row.setDrawsTopDivider(true);
         }
-        row.setBackgroundColor(backgroundColor());
-        row.setItemIdentifier(identifier);
-        row.setTitle(title);
-        row.setStatus(status);
-        row.setDelegate(this);
-    });
+        row.setDrawsBottomDivider(true);
+    }
+    row.setDelegate(this);
+    row.endUpdates();
     return itemView;
 }
 

@@ -163,6 +163,43 @@ TEST_F(KRCheckListViewUpdatesTests, ReloadSetsEveryRowsPlaceholderAgainAfterTheR
     EXPECT_EQ(placeholderColoursWhenDone[2], std::optional<QColor>(KRCheckListDefaults::placeholderColor()));
 }
 
+TEST_F(KRCheckListViewUpdatesTests, ReloadLeavesEveryRowLaidOutAtItsFittingSizeAndTheListMarkedWhole) {
+    dataSource->items = itemsWithIdentifiers({"a", "b", "c"});
+    dataSource->items[1].title =
+        QStringLiteral("A title long enough to wrap onto a second line in a list this "
+                       "narrow, and then some more words to be sure of it");
+    list->setDataSource(dataSource);
+    window.updateIfNeeded();
+    window.takeDirtyRect();
+    list->reloadItems();
+    const KRSize listSize = list->bounds().size;
+    double y = 0.0;
+    for (const std::shared_ptr<KRCheckListItemView>& row : list->checkListItemViews()) {
+        const KRSize fitting = row->sizeThatFits(listSize);
+        EXPECT_EQ(row->frame(), (KRRect{KRPoint{0.0, y}, fitting}));
+        EXPECT_FALSE(row->needsLayout());
+        const KRCheckListItemViewLayout layout = row->checkListItemViewLayoutForSize(fitting);
+        EXPECT_EQ(row->titleTextField()->frame(), layout.titleTextFieldFrame);
+        EXPECT_EQ(row->handleButtonView()->frame(), layout.handleButtonViewFrame);
+        EXPECT_EQ(row->bottomDividerView()->frame(), layout.bottomDividerViewFrame);
+        y += fitting.height - KRCheckListDefaults::borderWidth();
+    }
+    EXPECT_GT(rowAt(1)->frame().size.height, rowAt(0)->frame().size.height);
+    EXPECT_TRUE(KRRectContainsRect(window.takeDirtyRect(), list->convertRectToView(list->bounds(), nullptr)));
+}
+
+TEST_F(KRCheckListViewUpdatesTests, ReloadInsideAnAnimatedBlockGrowsTheNewRowsFromNothing) {
+    dataSource->items = itemsWithIdentifiers({"a", "b"});
+    list->setDataSource(dataSource);
+    KRView::animate([&](EZAnimationContext&) { list->reloadItems(); });
+    const KRCheckListItemView& second = *rowAt(1);
+    EXPECT_GT(second.frame().size.height, 0.0);
+    EXPECT_EQ(second.presentationFrame(), KRRectZero);
+    EXPECT_TRUE(second.titleTextField()->hasRunningAnimations());
+    KRClock::advance(1.0);
+    EXPECT_EQ(second.presentationFrame(), second.frame());
+}
+
 TEST_F(KRCheckListViewUpdatesTests, ReloadGivesEveryRowTheMinimumHeightOfTheDummyRowTitledAq) {
     showItems({"a", "b", "c"});
     EXPECT_EQ(list->dummyCheckListItemView()->title(), QStringLiteral("Aq"));

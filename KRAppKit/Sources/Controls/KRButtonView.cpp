@@ -57,8 +57,23 @@ std::shared_ptr<const KRButtonView::Appearance> KRButtonView::sharedAppearance(c
     return recent.shared(appearance);
 }
 
+// A block only this button holds is its own: the cache lets go of the blocks it drops, and makes them
+// mutable, so editing one in place is safe.
+KRButtonView::Appearance& KRButtonView::ownAppearance() {
+    if (!m_appearance || m_appearance.use_count() != 1) {
+        m_appearance = std::make_shared<Appearance>(appearance());
+    }
+    return const_cast<Appearance&>(*m_appearance);
+}
+
+void KRButtonView::shareOwnAppearance() {
+    if (m_appearance && m_appearance.use_count() == 1) {
+        m_appearance = sharedAppearance(*m_appearance);
+    }
+}
+
 void KRButtonView::setCursor(KRCursor cursor) {
-    changeAppearance([&](Appearance& appearance) { appearance.cursor = cursor; });
+    setAppearanceField(&Appearance::cursor, cursor);
 }
 
 void KRButtonView::noteLookChanged() {
@@ -77,59 +92,62 @@ void KRButtonView::endUpdates() {
     if (m_updateDepth == 0) {
         return;
     }
-    if (--m_updateDepth == 0 && m_needsDisplayAfterUpdates) {
+    if (--m_updateDepth == 0) {
+        shareOwnAppearance();
+    }
+    if (m_updateDepth == 0 && m_needsDisplayAfterUpdates) {
         m_needsDisplayAfterUpdates = false;
         setNeedsDisplay();
     }
 }
 
 void KRButtonView::setImage(std::shared_ptr<KRImage> image) {
-    changeAppearance([&](Appearance& appearance) { appearance.image = std::move(image); });
+    setAppearanceField(&Appearance::image, std::move(image));
     noteLookChanged();
 }
 
 void KRButtonView::setPressedImage(std::shared_ptr<KRImage> image) {
-    changeAppearance([&](Appearance& appearance) { appearance.pressedImage = std::move(image); });
+    setAppearanceField(&Appearance::pressedImage, std::move(image));
     noteLookChanged();
 }
 
 void KRButtonView::setImageColor(const QColor& color) {
-    changeAppearance([&](Appearance& appearance) { appearance.imageColor = color; });
+    setAppearanceField(&Appearance::imageColor, color);
     noteLookChanged();
 }
 
 void KRButtonView::setEdgeInsets(KREdgeInsets insets) {
-    changeAppearance([&](Appearance& appearance) { appearance.edgeInsets = insets; });
+    setAppearanceField(&Appearance::edgeInsets, insets);
     noteLookChanged();
 }
 
 void KRButtonView::setImageAlpha(double alpha) {
-    changeAppearance([&](Appearance& appearance) { appearance.imageAlpha = alpha; });
+    setAppearanceField(&Appearance::imageAlpha, alpha);
     noteLookChanged();
 }
 
 void KRButtonView::setImageAlphaWhenPressed(std::optional<double> alpha) {
-    changeAppearance([&](Appearance& appearance) { appearance.imageAlphaWhenPressed = alpha; });
+    setAppearanceField(&Appearance::imageAlphaWhenPressed, alpha);
     noteLookChanged();
 }
 
 void KRButtonView::setImageAlphaWhenHovered(std::optional<double> alpha) {
-    changeAppearance([&](Appearance& appearance) { appearance.imageAlphaWhenHovered = alpha; });
+    setAppearanceField(&Appearance::imageAlphaWhenHovered, alpha);
     noteLookChanged();
 }
 
 void KRButtonView::setImageAlphaWhenHighlighted(std::optional<double> alpha) {
-    changeAppearance([&](Appearance& appearance) { appearance.imageAlphaWhenHighlighted = alpha; });
+    setAppearanceField(&Appearance::imageAlphaWhenHighlighted, alpha);
     noteLookChanged();
 }
 
 void KRButtonView::setIgnoresImageAlpha(bool ignores) {
-    changeAppearance([&](Appearance& appearance) { appearance.ignoresImageAlpha = ignores; });
+    setAppearanceField(&Appearance::ignoresImageAlpha, ignores);
     noteLookChanged();
 }
 
 void KRButtonView::setOuterScaleOnPress(double scale) {
-    changeAppearance([&](Appearance& appearance) { appearance.outerScaleOnPress = scale; });
+    setAppearanceField(&Appearance::outerScaleOnPress, scale);
     if (m_pressed) {
         applyPressScale();
     }
@@ -147,7 +165,7 @@ void KRButtonView::setOuterScaleOnPressMode(int mode) {
         m_imageScale = 1.0;
         m_imageScaleAnimation.reset();
     }
-    changeAppearance([&](Appearance& appearance) { appearance.outerScaleOnPressMode = mode; });
+    setAppearanceField(&Appearance::outerScaleOnPressMode, mode);
     if (m_pressed) {
         applyPressScale();
     }
@@ -155,8 +173,7 @@ void KRButtonView::setOuterScaleOnPressMode(int mode) {
 }
 
 void KRButtonView::setOuterScaleAnimationFunction(EZSampledFunctionRef function) {
-    changeAppearance(
-        [&](Appearance& appearance) { appearance.outerScaleAnimationFunction = std::move(function); });
+    setAppearanceField(&Appearance::outerScaleAnimationFunction, std::move(function));
     noteLookChanged();
 }
 

@@ -202,9 +202,25 @@ private:
 
     const Appearance& appearance() const;
     template <class Change> void changeAppearance(Change change) {
+        if (m_updateDepth > 0) {
+            change(ownAppearance());
+            return;
+        }
         Appearance changed = appearance();
         change(changed);
         m_appearance = sharedAppearance(changed);
+    }
+    // Between beginUpdates and endUpdates the button edits a block of its own, shared once the outermost
+    // endUpdates comes: a button set up look by look then finds one shared block, not one per step.
+    Appearance& ownAppearance();
+    void shareOwnAppearance();
+    // Stores one look. Storing the value a look already has keeps the block: rows set every look of their
+    // buttons on each update, and most stay as they were.
+    template <class Field, class Value> void setAppearanceField(Field Appearance::*field, Value&& value) {
+        if (appearance().*field == value) {
+            return;
+        }
+        changeAppearance([&](Appearance& appearance) { appearance.*field = std::forward<Value>(value); });
     }
     static std::shared_ptr<const Appearance> sharedAppearance(const Appearance& appearance);
     Actions& mutableActions();

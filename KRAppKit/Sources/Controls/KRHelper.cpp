@@ -10,6 +10,7 @@ namespace {
 struct ImageCache {
     QHash<QPair<QString, QString>, std::shared_ptr<KRImage>> images; // keyed by (bundle, name)
     int loadCount = 0;
+    int generation = 0;
 };
 
 ImageCache& imageCache() {
@@ -34,6 +35,10 @@ std::shared_ptr<KRImage> KRHelper::cachedImageNamed(const QString& name, const Q
     return image;
 }
 
+int KRHelper::cachedImageGeneration() {
+    return imageCache().generation;
+}
+
 int KRHelper::cachedImageLoadCount() {
     return imageCache().loadCount;
 }
@@ -41,4 +46,5 @@ int KRHelper::cachedImageLoadCount() {
 void KRHelper::clearImageCache() {
     imageCache().images.clear();
     imageCache().loadCount = 0;
+    ++imageCache().generation;
 }

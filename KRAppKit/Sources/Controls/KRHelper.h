@@ -14,6 +14,10 @@ public:
     // image is not remembered: a resource registered later still loads.
     static std::shared_ptr<KRImage> cachedImageNamed(const QString& name, const QString& bundle);
 
+    // Changes whenever the cache lets go of its images: an image answered under the same generation is still
+    // the one the cache would answer, so a caller that asks often may keep it meanwhile.
+    static int cachedImageGeneration();
+
     // For tests: how many loads reached the file or resource system, and a way to start over.
     static int cachedImageLoadCount();
     static void clearImageCache();

@@ -197,7 +197,7 @@ void KRObject::removeObserver(KRObject* observer, const char* keyPath, const voi
     }
 }
 
-bool KRObject::hasObserversForKey(const char* keyPath) const {
+bool KRObject::hasAnyObserverForKey(const char* keyPath) const {
     for (const SelfObservation* node = selfObservations(); node; node = node->previous) {
         if (sameKey(node->keyPath, keyPath)) {
             return true;
@@ -264,13 +264,16 @@ void KRObject::didChangeValueForKey(const char* keyPath, const QVariant& oldValu
         return;
     }
     const NotificationGuard guard(this);
+    // Until the first observer has run, nothing can have changed the registrations.
+    bool observerHasRun = false;
     for (const Observation& observation : matching) {
         if (guard.destroyed) {
             return;
         }
-        if (!isRegistered(observation)) {
+        if (observerHasRun && !isRegistered(observation)) {
             continue;
         }
+        observerHasRun = true;
         KRKeyValueChange change;
         if (observation.options & KRKeyValueObservingOptionOld) {
             change.hasOld = true;

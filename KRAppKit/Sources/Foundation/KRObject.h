@@ -54,7 +54,10 @@ public:
     // keyPath is kept by pointer: pass a string literal (or a string that outlives the registration).
     void addObserver(KRObject* observer, const char* keyPath, unsigned options, const void* context);
     void removeObserver(KRObject* observer, const char* keyPath, const void* context);
-    bool hasObserversForKey(const char* keyPath) const;
+    // Most objects have nobody watching them at all; they answer without a call.
+    bool hasObserversForKey(const char* keyPath) const {
+        return m_extra != 0 && hasAnyObserverForKey(keyPath);
+    }
     std::size_t observationCount() const;
     // Room for count registrations, for an object that knows how many it is about to make. Observations of
     // an object by itself need no room (see SelfObservation).
@@ -95,6 +98,7 @@ private:
         const SelfObservation* selfObservations = nullptr;
     };
 
+    bool hasAnyObserverForKey(const char* keyPath) const;
     Side& side() const;
     Side* sideIfAny() const {
         return (m_extra & kSelfObservationsTag) ? nullptr : reinterpret_cast<Side*>(m_extra);

@@ -21,7 +21,8 @@ public:
         if (m_recent.size() == Capacity) {
             m_recent.pop_back();
         }
-        m_recent.insert(m_recent.begin(), std::make_shared<const T>(value));
+        // Not const underneath: a holder left alone with a dropped value may edit it in place.
+        m_recent.insert(m_recent.begin(), std::make_shared<T>(value));
         return m_recent.front();
     }
 

@@ -46,19 +46,6 @@ double KRRectGetHeight(KRRect rect) {
     return std::fabs(rect.size.height);
 }
 
-bool KRRectIsEmpty(KRRect rect) {
-    return KRRectIsNull(rect) || rect.size.width == 0.0 || rect.size.height == 0.0;
-}
-
-bool KRRectContainsPoint(KRRect rect, KRPoint point) {
-    if (KRRectIsNull(rect)) {
-        return false;
-    }
-    const KRRect r = KRRectStandardize(rect);
-    return point.x >= r.origin.x && point.x < r.origin.x + r.size.width && point.y >= r.origin.y &&
-           point.y < r.origin.y + r.size.height;
-}
-
 KRRect KRRectIntersection(KRRect rect1, KRRect rect2) {
     if (KRRectIsNull(rect1) || KRRectIsNull(rect2)) {
         return KRRectNull;
@@ -72,22 +59,6 @@ KRRect KRRectIntersection(KRRect rect1, KRRect rect2) {
     if (minX > maxX || minY > maxY) {
         return KRRectNull;
     }
-    return KRRectMake(minX, minY, maxX - minX, maxY - minY);
-}
-
-KRRect KRRectUnion(KRRect rect1, KRRect rect2) {
-    if (KRRectIsNull(rect1)) {
-        return KRRectIsNull(rect2) ? KRRectNull : KRRectStandardize(rect2);
-    }
-    if (KRRectIsNull(rect2)) {
-        return KRRectStandardize(rect1);
-    }
-    const KRRect a = KRRectStandardize(rect1);
-    const KRRect b = KRRectStandardize(rect2);
-    const double minX = std::min(a.origin.x, b.origin.x);
-    const double maxX = std::max(a.origin.x + a.size.width, b.origin.x + b.size.width);
-    const double minY = std::min(a.origin.y, b.origin.y);
-    const double maxY = std::max(a.origin.y + a.size.height, b.origin.y + b.size.height);
     return KRRectMake(minX, minY, maxX - minX, maxY - minY);
 }
 

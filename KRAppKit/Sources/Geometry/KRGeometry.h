@@ -62,6 +62,8 @@ inline KREdgeInsets KREdgeInsetsMake(double top, double left, double bottom, dou
     return KREdgeInsets{top, left, bottom, right};
 }
 
+// The tests and combinations below are inline: views run them on every mark for display and conversion.
+
 // A rectangle with its negative width or height turned into a positive one (origin moved accordingly).
 inline KRRect KRRectStandardize(KRRect rect) {
     if (rect.size.width < 0.0) {
@@ -90,10 +92,19 @@ inline bool KRRectIsNull(KRRect rect) {
     return rect.origin.x == infinity || rect.origin.y == infinity;
 }
 // Null, or zero width or height.
-bool KRRectIsEmpty(KRRect rect);
+inline bool KRRectIsEmpty(KRRect rect) {
+    return KRRectIsNull(rect) || rect.size.width == 0.0 || rect.size.height == 0.0;
+}
 
 // Half-open: min edges inside, max edges outside. Never true for the null rectangle.
-bool KRRectContainsPoint(KRRect rect, KRPoint point);
+inline bool KRRectContainsPoint(KRRect rect, KRPoint point) {
+    if (KRRectIsNull(rect)) {
+        return false;
+    }
+    const KRRect r = KRRectStandardize(rect);
+    return point.x >= r.origin.x && point.x < r.origin.x + r.size.width && point.y >= r.origin.y &&
+           point.y < r.origin.y + r.size.height;
+}
 // True when rect2 lies wholly inside rect1 (edges may touch). Never true for null rectangles.
 inline bool KRRectContainsRect(KRRect rect1, KRRect rect2) {
     if (KRRectIsNull(rect1) || KRRectIsNull(rect2)) {
@@ -124,7 +135,21 @@ inline bool KRRectIntersectsRect(KRRect rect1, KRRect rect2) {
 // degenerate (zero width or height) rect, as Core Graphics does.
 KRRect KRRectIntersection(KRRect rect1, KRRect rect2);
 // The smallest rect holding both; a null argument is ignored.
-KRRect KRRectUnion(KRRect rect1, KRRect rect2);
+inline KRRect KRRectUnion(KRRect rect1, KRRect rect2) {
+    if (KRRectIsNull(rect1)) {
+        return KRRectIsNull(rect2) ? KRRectNull : KRRectStandardize(rect2);
+    }
+    if (KRRectIsNull(rect2)) {
+        return KRRectStandardize(rect1);
+    }
+    const KRRect a = KRRectStandardize(rect1);
+    const KRRect b = KRRectStandardize(rect2);
+    const double minX = std::min(a.origin.x, b.origin.x);
+    const double maxX = std::max(a.origin.x + a.size.width, b.origin.x + b.size.width);
+    const double minY = std::min(a.origin.y, b.origin.y);
+    const double maxY = std::max(a.origin.y + a.size.height, b.origin.y + b.size.height);
+    return KRRectMake(minX, minY, maxX - minX, maxY - minY);
+}
 // Moves each edge inward by dx / dy (outward when negative); the null rectangle when nothing is left.
 KRRect KRRectInset(KRRect rect, double dx, double dy);
 KRRect KRRectInsetByEdgeInsets(KRRect rect, KREdgeInsets insets);

@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <unordered_set>
 #include <utility>
 
 namespace {
@@ -186,6 +187,58 @@ void KRView::removeFromSuperview() {
     }
     viewWillMoveToSuperview(nullptr);
     detachFromSuperview();
+}
+
+void KRView::removeSubviews(std::span<KRView* const> views) {
+    std::unordered_set<const KRView*> leaving;
+    leaving.reserve(views.size());
+    std::vector<KRView*> order;
+    order.reserve(views.size());
+    KRWindow* const window = this->window();
+    for (KRView* view : views) {
+        if (!view || view->superview() != this || !leaving.insert(view).second) {
+            continue;
+        }
+        order.push_back(view);
+        view->setNeedsDisplay();
+        if (window) {
+            window->viewWillBeRemoved(view);
+        }
+        view->viewWillMoveToSuperview(nullptr);
+    }
+    if (order.empty()) {
+        return;
+    }
+    KRWindow* const formerWindow = this->window();
+    // The views stay alive until every one of them has heard that it left.
+    std::vector<std::shared_ptr<KRView>> keepAlive;
+    keepAlive.reserve(order.size());
+    auto kept = m_subviews.begin();
+    for (auto& subview : m_subviews) {
+        if (leaving.contains(subview.get())) {
+            subview->m_parent = 0;
+            keepAlive.push_back(std::move(subview));
+        } else {
+            *kept++ = std::move(subview);
+        }
+    }
+    m_subviews.erase(kept, m_subviews.end());
+    // A view that a hook took out meanwhile has heard of that move already.
+    std::vector<const KRView*> removed;
+    removed.reserve(keepAlive.size());
+    for (const auto& view : keepAlive) {
+        removed.push_back(view.get());
+    }
+    std::sort(removed.begin(), removed.end());
+    for (KRView* view : order) {
+        if (!std::binary_search(removed.begin(), removed.end(), view)) {
+            continue;
+        }
+        if (formerWindow) {
+            view->windowDidChange(nullptr);
+        }
+        view->viewDidMoveToSuperview();
+    }
 }
 
 // Kept separate so the last owner can go away at the very end, after nothing touches this view any more.
@@ -637,15 +690,22 @@ void KRView::setNeedsDisplay() {
     if (currentDisplayCoverage && currentDisplayCoverage->covers(*this)) {
         return;
     }
-    KRWindow* const window = this->window();
-    if (!window) {
+    // Views mark themselves many times while a list builds and places its rows: the walks up to the window
+    // stay free of calls, and a view that does not animate skips looking up presentation values.
+    const KRView* root = this;
+    while (const KRView* up = root->superview()) {
+        root = up;
+    }
+    if (!(root->m_parent & kWindowTag)) {
         return;
     }
-    KRRect visual = KRRectUnion(m_frame, presentationFrame());
+    auto* const window = reinterpret_cast<KRWindow*>(root->m_parent & ~kWindowTag);
+    const bool animating = hasRunningAnimations();
+    KRRect visual = KRRectUnion(m_frame, animating ? presentationFrame() : m_frame);
     // A moving view must also repaint where it has been: mark the whole path of a frame animation, with
     // room for a spring's overshoot.
-    const auto* originAnimation = runningAnimation(KRFrameOriginKey);
-    const auto* sizeAnimation = runningAnimation(KRFrameSizeKey);
+    const auto* originAnimation = animating ? runningAnimation(KRFrameOriginKey) : nullptr;
+    const auto* sizeAnimation = animating ? runningAnimation(KRFrameSizeKey) : nullptr;
     if (originAnimation || sizeAnimation) {
         KRRect start = m_frame;
         if (originAnimation) {
@@ -661,22 +721,27 @@ void KRView::setNeedsDisplay() {
         visual = KRRectInset(KRRectUnion(visual, start), -overshootX, -overshootY);
     }
     const Looks& looks = this->looks();
-    const double shadowOpacity = std::max(looks.shadowOpacity, presentationShadowOpacity());
+    const double shadowOpacity =
+        animating ? std::max(looks.shadowOpacity, presentationShadowOpacity()) : looks.shadowOpacity;
     if (shadowOpacity > 0.0) {
         const double extent = 2.0 * looks.shadowRadius + std::max(std::fabs(looks.shadowOffset.width),
                                                                   std::fabs(looks.shadowOffset.height));
         visual = KRRectInset(visual, -extent, -extent);
     }
-    const double scale = std::max(looks.scale, presentationScale());
+    const double scale = animating ? std::max(looks.scale, presentationScale()) : looks.scale;
     if (scale > 1.0) {
         visual = KRRectInset(visual, -visual.size.width * (scale - 1.0) * 0.5,
                              -visual.size.height * (scale - 1.0) * 0.5);
     }
     // A view that does not clip may draw subviews outside its frame; they report their own areas, so
-    // marking the frame is enough here.
-    const KRView* const parent = superview();
-    const KRRect inWindow = parent ? parent->convertRectToView(visual, nullptr) : visual;
-    window->setNeedsDisplayInRect(inWindow);
+    // marking the frame is enough here. Into window coordinates as convertRectToView goes, step by step.
+    if (superview() && !KRRectIsNull(visual)) {
+        visual = KRRectStandardize(visual);
+        for (const KRView* ancestor = superview(); ancestor; ancestor = ancestor->superview()) {
+            visual.origin = offsetIntoParent(visual.origin, *ancestor);
+        }
+    }
+    window->setNeedsDisplayInRect(visual);
 }
 
 void KRView::setNeedsDisplayInRect(KRRect rect) {

@@ -12,6 +12,12 @@
 
 #include <QPainter>
 
+#include <malloc.h>
+
+#include <memory>
+#include <optional>
+#include <vector>
+
 #include <gtest/gtest.h>
 
 namespace {
@@ -397,4 +403,92 @@ TEST_F(KRButtonViewTests, UpdatesBatchRedisplayUntilTheOutermostEnd) {
 
     m_button->setImageAlpha(0.7); // outside a batch: at once
     EXPECT_FALSE(KRRectIsNull(m_window.takeDirtyRect()));
+}
+
+TEST_F(KRButtonViewTests, LooksSetInsideABatchReadBackAtOnceAndStayAfterIt) {
+    const auto pressed = KRImage::imageWithRepresentations({{filledImage(20, 20, Qt::blue), 1.0}}, true);
+    m_button->beginUpdates();
+    m_button->setImageAlpha(0.25);
+    m_button->setEdgeInsets(KREdgeInsetsMake(1, 2, 3, 4));
+    EXPECT_DOUBLE_EQ(m_button->imageAlpha(), 0.25);
+    m_button->beginUpdates();
+    m_button->setPressedImage(pressed);
+    m_button->setImageAlphaWhenHovered(0.5);
+    m_button->endUpdates();
+    EXPECT_EQ(m_button->edgeInsets(), KREdgeInsetsMake(1, 2, 3, 4));
+    m_button->endUpdates();
+    EXPECT_DOUBLE_EQ(m_button->imageAlpha(), 0.25);
+    EXPECT_EQ(m_button->edgeInsets(), KREdgeInsetsMake(1, 2, 3, 4));
+    EXPECT_EQ(m_button->pressedImage(), pressed);
+    EXPECT_EQ(m_button->imageAlphaWhenHovered(), std::optional<double>(0.5));
+
+    // Looks changed after the batch leave the other buttons that showed the same looks alone.
+    KRButtonView twin;
+    twin.beginUpdates();
+    twin.setImage(m_button->image());
+    twin.setImageAlpha(0.25);
+    twin.setEdgeInsets(KREdgeInsetsMake(1, 2, 3, 4));
+    twin.setPressedImage(pressed);
+    twin.setImageAlphaWhenHovered(0.5);
+    twin.endUpdates();
+    m_button->setImageAlpha(0.75);
+    twin.beginUpdates();
+    twin.setEdgeInsets(KREdgeInsetsZero);
+    twin.endUpdates();
+    EXPECT_DOUBLE_EQ(m_button->imageAlpha(), 0.75);
+    EXPECT_EQ(m_button->edgeInsets(), KREdgeInsetsMake(1, 2, 3, 4));
+    EXPECT_DOUBLE_EQ(twin.imageAlpha(), 0.25);
+    EXPECT_EQ(twin.edgeInsets(), KREdgeInsetsZero);
+}
+
+TEST_F(KRButtonViewTests, ButtonsSetUpAlikeInBatchesShareTheirLooks) {
+#if defined(__SANITIZE_ADDRESS__)
+    GTEST_SKIP() << "the sanitizer's allocator keeps no count of bytes in use";
+#endif
+    const auto image = m_button->image();
+    const auto setUp = [&image](KRButtonView& button) {
+        button.beginUpdates();
+        button.setImage(image);
+        button.setImageColor(QColor(0, 0, 255));
+        button.setImageAlpha(0.5);
+        button.setEdgeInsets(KREdgeInsetsMake(1, 2, 3, 4));
+        button.setImageAlphaWhenHighlighted(0.3);
+        button.endUpdates();
+    };
+    constexpr int count = 64;
+    // Far less than a block of looks per button: the allocator's bookkeeping varies by a few bytes.
+    constexpr std::size_t allowancePerButton = 16;
+    std::vector<std::unique_ptr<KRButtonView>> plain;
+    std::vector<std::unique_ptr<KRButtonView>> alike;
+    plain.reserve(count);
+    alike.reserve(count + 1);
+    alike.push_back(std::make_unique<KRButtonView>());
+    setUp(*alike.back()); // the first one makes the shared block
+
+    const auto beforePlain = mallinfo2().uordblks;
+    for (int i = 0; i < count; ++i) {
+        plain.push_back(std::make_unique<KRButtonView>());
+    }
+    const auto plainBytes = mallinfo2().uordblks - beforePlain;
+    const auto beforeAlike = mallinfo2().uordblks;
+    for (int i = 0; i < count; ++i) {
+        alike.push_back(std::make_unique<KRButtonView>());
+        setUp(*alike.back());
+    }
+    const auto alikeBytes = mallinfo2().uordblks - beforeAlike;
+    EXPECT_LT(alikeBytes, plainBytes + count * allowancePerButton)
+        << "no button keeps a copy of its own once its batch ends";
+    EXPECT_DOUBLE_EQ(alike.back()->imageAlpha(), 0.5);
+}
+
+TEST_F(KRButtonViewTests, SettingALookItAlreadyHasStillRedisplays) {
+    m_button->setImageAlpha(0.5);
+    m_window.updateIfNeeded();
+    m_window.takeDirtyRect();
+    m_button->setImageAlpha(0.5);
+    EXPECT_TRUE(KRRectContainsRect(m_window.takeDirtyRect(), m_button->frame()));
+    m_button->beginUpdates();
+    m_button->setImage(m_button->image());
+    m_button->endUpdates();
+    EXPECT_TRUE(KRRectContainsRect(m_window.takeDirtyRect(), m_button->frame()));
 }

@@ -81,3 +81,13 @@ TEST_F(KRHelperTests, ClearingTheCacheForcesAReload) {
     EXPECT_NE(first, second);
     EXPECT_EQ(KRHelper::cachedImageLoadCount(), 1);
 }
+
+TEST_F(KRHelperTests, OnlyClearingTheCacheStartsANewGeneration) {
+    writeImage("add.png");
+    const int generation = KRHelper::cachedImageGeneration();
+    EXPECT_TRUE(KRHelper::cachedImageNamed("add", bundle()));
+    EXPECT_FALSE(KRHelper::cachedImageNamed("missing", bundle()));
+    EXPECT_EQ(KRHelper::cachedImageGeneration(), generation) << "loads and misses keep what was answered";
+    KRHelper::clearImageCache();
+    EXPECT_NE(KRHelper::cachedImageGeneration(), generation);
+}

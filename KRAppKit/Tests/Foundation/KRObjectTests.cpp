@@ -473,3 +473,19 @@ TEST(KRObjectTests, SelfRegistrationsSurviveTheFirstWeakReference) {
     EXPECT_EQ(object.observationCount(), 0u);
     EXPECT_EQ(weak.get(), &object);
 }
+
+TEST(KRObjectTests, OnlyARegistrationForTheKeyCountsAsAnObserver) {
+    TitledObject object;
+    Recorder recorder;
+    EXPECT_FALSE(object.hasObserversForKey("title"));
+    const KRWeak<KRObject> weak(&object);
+    EXPECT_FALSE(object.hasObserversForKey("title")) << "a weak reference watches the lifetime, not a key";
+    object.addObserver(&recorder, "status", KRKeyValueObservingOptionNone, nullptr);
+    EXPECT_FALSE(object.hasObserversForKey("title"));
+    EXPECT_TRUE(object.hasObserversForKey("status"));
+    object.removeObserver(&recorder, "status", nullptr);
+    EXPECT_FALSE(object.hasObserversForKey("status"));
+    object.addObserver(&object, "title", KRKeyValueObservingOptionNone, nullptr);
+    EXPECT_TRUE(object.hasObserversForKey("title"));
+    object.removeObserver(&object, "title", nullptr);
+}

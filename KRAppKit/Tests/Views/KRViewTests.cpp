@@ -5,6 +5,10 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <string>
+#include <vector>
+
 namespace {
 
 class CountingLayoutView : public KRView {
@@ -26,6 +30,31 @@ class FittingView : public KRView {
 public:
     using KRView::KRView;
     KRSize sizeThatFits(KRSize size) const override { return KRSize{size.width, 42.0}; }
+};
+
+// Logs each move hook with what the view sees of its tree at that moment.
+class MoveRecordingView : public KRView {
+public:
+    MoveRecordingView(std::string name, std::shared_ptr<std::vector<std::string>> log)
+        : KRView(KRRectMake(0, 0, 10, 10)), m_name(std::move(name)), m_log(std::move(log)) {}
+    void viewWillMoveToSuperview(KRView* newSuperview) override { record("will", newSuperview); }
+    void viewDidMoveToSuperview() override { record("did", nullptr); }
+    void viewDidMoveToWindow() override { record("window", nullptr); }
+    bool acceptsFirstResponder() const override { return true; }
+
+private:
+    void record(const char* hook, const KRView* newSuperview) {
+        const KRView* parent = superview();
+        const bool listedByParent =
+            parent && std::any_of(parent->subviews().begin(), parent->subviews().end(),
+                                  [this](const auto& subview) { return subview.get() == this; });
+        m_log->push_back(m_name + " " + hook + (newSuperview ? " to a superview" : "") +
+                         (parent ? " in" : " out") + (listedByParent ? " listed" : "") +
+                         (window() ? " windowed" : ""));
+    }
+
+    std::string m_name;
+    std::shared_ptr<std::vector<std::string>> m_log;
 };
 
 std::shared_ptr<KRView> makeView(double x, double y, double width, double height) {
@@ -115,6 +144,89 @@ TEST_F(KRViewTest, RemoveFromSuperviewDetachesAndReleasesOwnership) {
     weakChild.lock()->removeFromSuperview();
     EXPECT_TRUE(weakChild.expired());
     EXPECT_TRUE(parent->subviews().empty());
+}
+
+TEST_F(KRViewTest, RemovingSubviewsAtOnceKeepsTheOthersInOrderAndReleasesTheRemoved) {
+    auto parent = makeView(0, 0, 100, 100);
+    std::vector<std::shared_ptr<KRView>> children;
+    for (int i = 0; i < 6; ++i) {
+        children.push_back(makeView(0, 0, 10, 10));
+        parent->addSubview(children.back());
+    }
+    const std::weak_ptr<KRView> weakRemoved = children[1];
+    const std::vector<KRView*> removed{children[4].get(), children[1].get(), children[2].get()};
+    children[1].reset();
+    parent->removeSubviews(removed);
+    EXPECT_EQ(subviewPointers(*parent),
+              (std::vector<KRView*>{children[0].get(), children[3].get(), children[5].get()}));
+    EXPECT_EQ(children[4]->superview(), nullptr);
+    EXPECT_EQ(children[2]->superview(), nullptr);
+    EXPECT_EQ(children[3]->superview(), parent.get());
+    EXPECT_TRUE(weakRemoved.expired()) << "the superview gave up its ownership";
+}
+
+TEST_F(KRViewTest, RemovingSubviewsAtOnceSkipsViewsThatAreNotSubviews) {
+    auto parent = makeView(0, 0, 100, 100);
+    auto other = makeView(0, 0, 100, 100);
+    auto child = makeView(0, 0, 10, 10);
+    auto elsewhere = makeView(0, 0, 10, 10);
+    auto loose = makeView(0, 0, 10, 10);
+    parent->addSubview(child);
+    other->addSubview(elsewhere);
+    parent->removeSubviews(
+        std::vector<KRView*>{nullptr, elsewhere.get(), loose.get(), child.get(), child.get()});
+    EXPECT_TRUE(parent->subviews().empty());
+    EXPECT_EQ(child->superview(), nullptr);
+    EXPECT_EQ(elsewhere->superview(), other.get());
+    EXPECT_EQ(subviewPointers(*other), (std::vector<KRView*>{elsewhere.get()}));
+    parent->removeSubviews(std::vector<KRView*>{});
+    EXPECT_TRUE(parent->subviews().empty());
+}
+
+TEST_F(KRViewTest, RemovingSubviewsAtOnceTellsEachViewBeforeAnyLeavesAndAfterAllHaveLeft) {
+    KRWindow window;
+    auto root = makeView(0, 0, 100, 100);
+    window.setContentView(root);
+    auto log = std::make_shared<std::vector<std::string>>();
+    auto first = std::make_shared<MoveRecordingView>("first", log);
+    auto second = std::make_shared<MoveRecordingView>("second", log);
+    auto grandchild = std::make_shared<MoveRecordingView>("grandchild", log);
+    root->addSubview(first);
+    root->addSubview(second);
+    second->addSubview(grandchild);
+    log->clear();
+    root->removeSubviews(std::vector<KRView*>{second.get(), first.get()});
+    EXPECT_EQ(*log, (std::vector<std::string>{
+                        "second will in listed windowed",
+                        "first will in listed windowed",
+                        "grandchild window in listed",
+                        "second window out",
+                        "second did out",
+                        "first window out",
+                        "first did out",
+                    }));
+    EXPECT_EQ(grandchild->window(), nullptr);
+    EXPECT_EQ(grandchild->superview(), second.get());
+    EXPECT_TRUE(root->subviews().empty());
+}
+
+TEST_F(KRViewTest, RemovingSubviewsAtOnceMarksTheirAreasAndDropsTheFirstResponderInside) {
+    KRWindow window;
+    auto root = makeView(0, 0, 200, 200);
+    auto kept = makeView(0, 0, 10, 10);
+    auto left = makeView(20, 30, 40, 50);
+    auto log = std::make_shared<std::vector<std::string>>();
+    auto focused = std::make_shared<MoveRecordingView>("focused", log);
+    root->addSubview(kept);
+    root->addSubview(left);
+    left->addSubview(focused);
+    window.setContentView(root);
+    ASSERT_TRUE(window.makeFirstResponder(focused.get()));
+    window.takeDirtyRect();
+    root->removeSubviews(std::vector<KRView*>{left.get()});
+    EXPECT_EQ(window.takeDirtyRect(), KRRectMake(20, 30, 40, 50));
+    EXPECT_EQ(window.firstResponder(), &window);
+    EXPECT_EQ(subviewPointers(*root), (std::vector<KRView*>{kept.get()}));
 }
 
 TEST_F(KRViewTest, DestroyingAParentClearsItsChildrensSuperview) {
