@@ -131,6 +131,7 @@ public:
     bool isHandleHovered() const { return m_handleHovered; }
     void setHandleHovered(bool hovered) { m_handleHovered = hovered; }
     bool isHighlighted() const { return m_highlighted; }
+    bool showsCurrentEmptyPlaceholder() const { return m_showsCurrentEmptyPlaceholder; }
     // Loads what the list's passes read of every row (frame and state flags) ahead of use.
     void prefetchListPassState() const {
         prefetchFrame();

@@ -239,6 +239,9 @@ void KRCheckListView::checkListViewUpdatePlaceholderForEachItemView() {
     const std::size_t count = m_checkListItemViews.size();
     for (std::size_t index = 0; index < count; ++index) {
         KRCheckListItemView& itemView = *m_checkListItemViews[index];
+        if (index > 0 && itemView.showsCurrentEmptyPlaceholder()) {
+            continue;
+        }
         const bool keepsOwnPlaceholder = index == 0 && itemView.title().isEmpty();
         itemView.setPlaceholder(keepsOwnPlaceholder ? itemView.placeholder() : QStringLiteral(""));
     }

@@ -6,6 +6,7 @@
 #include <cstdlib>
 #include <cstring>
 #include <cxxabi.h>
+#include <string>
 #include <typeinfo>
 
 namespace {
@@ -26,6 +27,27 @@ struct KRObject::SelfObservation {
     const void* context;
     std::size_t count; // registrations on the path up to and including this one
     mutable std::vector<std::unique_ptr<SelfObservation>> next;
+    // The last key asked about on this path and whether the path registers it. Thousands of objects share
+    // one path and are asked about the same key in a row (a list moving its rows asks each for "frame").
+    // A key may live in a buffer that is later reused, so its text is kept and compared too.
+    mutable const char* lastKeyAsked = nullptr;
+    mutable std::string lastKeyText;
+    mutable bool lastKeyRegistered = false;
+
+    bool registersKey(const char* key) const {
+        if (key != lastKeyAsked || !key || lastKeyText != key) {
+            lastKeyRegistered = false;
+            for (const SelfObservation* node = this; node; node = node->previous) {
+                if (sameKey(node->keyPath, key)) {
+                    lastKeyRegistered = true;
+                    break;
+                }
+            }
+            lastKeyAsked = key;
+            lastKeyText = key ? key : "";
+        }
+        return lastKeyRegistered;
+    }
 
     static const SelfObservation* following(const SelfObservation* node, const char* keyPath,
                                             unsigned options, const void* context) {
@@ -36,8 +58,8 @@ struct KRObject::SelfObservation {
                 return child.get();
             }
         }
-        children.push_back(std::unique_ptr<SelfObservation>(
-            new SelfObservation{node, keyPath, options, context, node ? node->count + 1 : 1, {}}));
+        children.push_back(std::unique_ptr<SelfObservation>(new SelfObservation{
+            node, keyPath, options, context, node ? node->count + 1 : 1, {}, nullptr, {}, false}));
         return children.back().get();
     }
 };
@@ -198,10 +220,8 @@ void KRObject::removeObserver(KRObject* observer, const char* keyPath, const voi
 }
 
 bool KRObject::hasAnyObserverForKey(const char* keyPath) const {
-    for (const SelfObservation* node = selfObservations(); node; node = node->previous) {
-        if (sameKey(node->keyPath, keyPath)) {
-            return true;
-        }
+    if (const SelfObservation* path = selfObservations(); path && path->registersKey(keyPath)) {
+        return true;
     }
     const Side* mine = sideIfAny();
     if (!mine) {

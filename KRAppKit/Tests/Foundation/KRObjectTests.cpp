@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cstring>
+
 #include <QString>
 #include <QStringList>
 
@@ -488,4 +490,27 @@ TEST(KRObjectTests, OnlyARegistrationForTheKeyCountsAsAnObserver) {
     object.addObserver(&object, "title", KRKeyValueObservingOptionNone, nullptr);
     EXPECT_TRUE(object.hasObserversForKey("title"));
     object.removeObserver(&object, "title", nullptr);
+}
+
+// Objects sharing their self-registrations remember the last key asked about; a key in a buffer that is
+// reused for another key must still get its own answer.
+TEST(KRObjectTests, SelfRegistrationsAnswerEachKeyAskedInTurnAlsoFromAReusedBuffer) {
+    QStringList journal;
+    SelfObserving first(&journal);
+    SelfObserving second(&journal);
+    first.addObserver(&first, "title", 0, nullptr);
+    second.addObserver(&second, "title", 0, nullptr);
+
+    char key[8] = "title";
+    EXPECT_TRUE(first.hasObserversForKey(key));
+    EXPECT_TRUE(second.hasObserversForKey(key));
+    std::strcpy(key, "frame");
+    EXPECT_FALSE(first.hasObserversForKey(key));
+    EXPECT_FALSE(second.hasObserversForKey("frame"));
+    EXPECT_TRUE(second.hasObserversForKey("title"));
+    std::strcpy(key, "title");
+    EXPECT_TRUE(first.hasObserversForKey(key));
+
+    first.removeObserver(&first, "title", nullptr);
+    second.removeObserver(&second, "title", nullptr);
 }
