@@ -50,16 +50,11 @@ KRRect KRRectIntersection(KRRect rect1, KRRect rect2) {
     if (KRRectIsNull(rect1) || KRRectIsNull(rect2)) {
         return KRRectNull;
     }
-    const KRRect a = KRRectStandardize(rect1);
-    const KRRect b = KRRectStandardize(rect2);
-    const double minX = std::max(a.origin.x, b.origin.x);
-    const double maxX = std::min(a.origin.x + a.size.width, b.origin.x + b.size.width);
-    const double minY = std::max(a.origin.y, b.origin.y);
-    const double maxY = std::min(a.origin.y + a.size.height, b.origin.y + b.size.height);
-    if (minX > maxX || minY > maxY) {
+    const KRRectOverlap overlap = KRRectOverlapOfRects(rect1, rect2);
+    if (overlap.minX > overlap.maxX || overlap.minY > overlap.maxY) {
         return KRRectNull;
     }
-    return KRRectMake(minX, minY, maxX - minX, maxY - minY);
+    return KRRectMake(overlap.minX, overlap.minY, overlap.maxX - overlap.minX, overlap.maxY - overlap.minY);
 }
 
 KRRect KRRectInset(KRRect rect, double dx, double dy) {

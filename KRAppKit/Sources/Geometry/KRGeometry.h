@@ -116,20 +116,29 @@ inline bool KRRectContainsRect(KRRect rect1, KRRect rect2) {
            inner.origin.x + inner.size.width <= outer.origin.x + outer.size.width &&
            inner.origin.y + inner.size.height <= outer.origin.y + outer.size.height;
 }
+// The edges of where two rects overlap, min past max on an axis where they do not. Neither may be null.
+struct KRRectOverlap {
+    double minX = 0.0;
+    double maxX = 0.0;
+    double minY = 0.0;
+    double maxY = 0.0;
+};
+inline KRRectOverlap KRRectOverlapOfRects(KRRect rect1, KRRect rect2) {
+    const KRRect a = KRRectStandardize(rect1);
+    const KRRect b = KRRectStandardize(rect2);
+    return KRRectOverlap{
+        std::max(a.origin.x, b.origin.x), std::min(a.origin.x + a.size.width, b.origin.x + b.size.width),
+        std::max(a.origin.y, b.origin.y), std::min(a.origin.y + a.size.height, b.origin.y + b.size.height)};
+}
 // True only for an overlap of positive area: rects that share an edge, and rects of zero width or height
 // (even with themselves), do not intersect.
 inline bool KRRectIntersectsRect(KRRect rect1, KRRect rect2) {
     if (KRRectIsNull(rect1) || KRRectIsNull(rect2)) {
         return false;
     }
-    const KRRect a = KRRectStandardize(rect1);
-    const KRRect b = KRRectStandardize(rect2);
-    const double minX = std::max(a.origin.x, b.origin.x);
-    const double maxX = std::min(a.origin.x + a.size.width, b.origin.x + b.size.width);
-    const double minY = std::max(a.origin.y, b.origin.y);
-    const double maxY = std::min(a.origin.y + a.size.height, b.origin.y + b.size.height);
+    const KRRectOverlap overlap = KRRectOverlapOfRects(rect1, rect2);
     // Strict: a shared edge or a zero-thickness rect encloses no area.
-    return minX < maxX && minY < maxY;
+    return overlap.minX < overlap.maxX && overlap.minY < overlap.maxY;
 }
 // The common part of two rects; the null rectangle when they are disjoint. Rects that only touch give a
 // degenerate (zero width or height) rect, as Core Graphics does.
