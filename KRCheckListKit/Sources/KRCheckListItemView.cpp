@@ -488,7 +488,7 @@ void KRCheckListItemView::setPlaceholder(const QString& placeholder) {
         return;
     }
     const QString text = placeholder.isNull() ? QString(QLatin1String("")) : placeholder;
-    m_showsCurrentEmptyPlaceholder = text.isEmpty();
+    setShowsCurrentEmptyPlaceholder(text.isEmpty());
     if (hasPlaceholder(text)) {
         return;
     }
@@ -507,10 +507,18 @@ void KRCheckListItemView::setPlaceholder(const QString& placeholder) {
     }
 }
 
+void KRCheckListItemView::setShowsCurrentEmptyPlaceholder(bool shows) {
+    const bool stops = m_showsCurrentEmptyPlaceholder && !shows;
+    m_showsCurrentEmptyPlaceholder = shows;
+    if (stops) {
+        checkListItemViewDidStopShowingEmptyPlaceholder(this);
+    }
+}
+
 void KRCheckListItemView::clearPlaceholderOfTitleCell() {
     if (KRTextFieldCell* cell = m_titleTextField->cell()) {
         cell->setPlaceholderString(QStringLiteral(""));
-        m_showsCurrentEmptyPlaceholder = false;
+        setShowsCurrentEmptyPlaceholder(false);
         m_titleTextField->setNeedsDisplay();
     }
 }
@@ -678,7 +686,7 @@ void KRCheckListItemView::update() {
     KRButtonView& checkBox = *m_checkBoxButtonView;
     if (checkBox.image() != looks.checkBoxImage) {
         // The check box's natural size comes from its image: the next size is measured afresh.
-        m_sizeThatFitsCacheValid = false;
+        forgetSizeThatFits();
     }
     checkBox.beginUpdates();
     checkBox.setImage(looks.checkBoxImage);
@@ -708,7 +716,7 @@ void KRCheckListItemView::update() {
     }
     if (!m_placeholderAttributes || !(*m_placeholderAttributes == placeholderAttributes)) {
         m_placeholderAttributes = sharedAttributes(placeholderAttributes);
-        m_showsCurrentEmptyPlaceholder = false;
+        setShowsCurrentEmptyPlaceholder(false);
     }
 
     m_titleTextField->setAttributedStringValue(
@@ -799,7 +807,12 @@ KRSize KRCheckListItemView::sizeThatFits(KRSize size) const {
 }
 
 void KRCheckListItemView::checkListItemTitleTextFieldSizeMayHaveChanged(KRCheckListItemTitleTextField*) {
+    forgetSizeThatFits();
+}
+
+void KRCheckListItemView::forgetSizeThatFits() {
     m_sizeThatFitsCacheValid = false;
+    checkListItemViewDidInvalidateSizeThatFits(this);
 }
 
 // Forwarders
@@ -863,6 +876,24 @@ void KRCheckListItemView::checkListItemViewDidChangeHighlighted(KRCheckListItemV
 void KRCheckListItemView::checkListItemViewDidChangeDividerInputs(KRCheckListItemView* itemView) {
     if (KRCheckListItemViewDelegate* delegate = m_delegate.get()) {
         delegate->checkListItemViewDidChangeDividerInputs(itemView);
+    }
+}
+
+void KRCheckListItemView::checkListItemViewDidStopShowingEmptyPlaceholder(KRCheckListItemView* itemView) {
+    if (KRCheckListItemViewDelegate* delegate = m_delegate.get()) {
+        delegate->checkListItemViewDidStopShowingEmptyPlaceholder(itemView);
+    }
+}
+
+void KRCheckListItemView::checkListItemViewDidInvalidateSizeThatFits(KRCheckListItemView* itemView) {
+    if (KRCheckListItemViewDelegate* delegate = m_delegate.get()) {
+        delegate->checkListItemViewDidInvalidateSizeThatFits(itemView);
+    }
+}
+
+void KRCheckListItemView::checkListItemViewDidChangeFrame(KRCheckListItemView* itemView) {
+    if (KRCheckListItemViewDelegate* delegate = m_delegate.get()) {
+        delegate->checkListItemViewDidChangeFrame(itemView);
     }
 }
 
@@ -1077,17 +1108,24 @@ bool frameHasArea(KRRect frame) {
 } // namespace
 
 void KRCheckListItemView::setFrameOrigin(KRPoint origin) {
-    const bool hadArea = frameHasArea(frame());
+    const KRRect oldFrame = frame();
     KRView::setFrameOrigin(origin);
-    if (frameHasArea(frame()) != hadArea) {
-        checkListItemViewDidChangeDividerInputs(this);
-    }
+    reportFrameChangeFrom(oldFrame);
 }
 
 void KRCheckListItemView::setFrameSize(KRSize size) {
-    const bool hadArea = frameHasArea(frame());
+    const KRRect oldFrame = frame();
     KRView::setFrameSize(size);
-    if (frameHasArea(frame()) != hadArea) {
+    reportFrameChangeFrom(oldFrame);
+}
+
+void KRCheckListItemView::reportFrameChangeFrom(KRRect oldFrame) {
+    const KRRect newFrame = frame();
+    if (newFrame == oldFrame) {
+        return;
+    }
+    checkListItemViewDidChangeFrame(this);
+    if (frameHasArea(newFrame) != frameHasArea(oldFrame)) {
         checkListItemViewDidChangeDividerInputs(this);
     }
 }

@@ -47,6 +47,12 @@ public:
     // What decides the row's dividers changed: whether it is edited, selected, dragged or highlighted, its
     // divider flags themselves, or whether its frame has an area.
     virtual void checkListItemViewDidChangeDividerInputs(KRCheckListItemView*) {}
+    // The row no longer shows an empty placeholder in its current look: a placeholder refresh must visit it.
+    virtual void checkListItemViewDidStopShowingEmptyPlaceholder(KRCheckListItemView*) {}
+    // The row's fitting size may differ from its last answer: whoever keeps that answer asks again.
+    virtual void checkListItemViewDidInvalidateSizeThatFits(KRCheckListItemView*) {}
+    // The row's frame changed, whoever set it.
+    virtual void checkListItemViewDidChangeFrame(KRCheckListItemView*) {}
     // Mouse events on the drag handle; true means the delegate consumed the event.
     virtual bool checkListItemViewMouseDownHandle(KRCheckListItemView*, const KREvent&) { return false; }
     virtual bool checkListItemViewMouseDraggedHandle(KRCheckListItemView*, const KREvent&) { return false; }
@@ -195,10 +201,11 @@ public:
     void setFrameOrigin(KRPoint origin) override;
     void setFrameSize(KRSize size) override;
     // The fitting size of the layout for size. The last answer is kept and given again for the same width
-    // while the title field measures the same (its cell's size generation: text, attributes, font, line
-    // breaking, border) and the check box image stays the same, and not while the title is edited. A list
-    // asks every row on every layout pass, and most rows have not changed.
+    // until the title's cell says its size may have changed or the check box image changes, and nothing is
+    // kept while the title is edited. Each end of a kept answer is reported to the delegate.
     KRSize sizeThatFits(KRSize size) const override;
+    // Whether the last answer of sizeThatFits is kept: it stands until the delegate hears otherwise.
+    bool keepsSizeThatFits() const { return m_sizeThatFitsCacheValid; }
 
     // Forwarders to the delegate, with the documented answer when there is none ---------------------------
     QString checkListItemViewValidateChangedTitle(KRCheckListItemView* itemView, const QString& title);
@@ -212,6 +219,9 @@ public:
     void checkListItemViewWillChangeHighlighted(KRCheckListItemView* itemView);
     void checkListItemViewDidChangeHighlighted(KRCheckListItemView* itemView);
     void checkListItemViewDidChangeDividerInputs(KRCheckListItemView* itemView);
+    void checkListItemViewDidStopShowingEmptyPlaceholder(KRCheckListItemView* itemView);
+    void checkListItemViewDidInvalidateSizeThatFits(KRCheckListItemView* itemView);
+    void checkListItemViewDidChangeFrame(KRCheckListItemView* itemView);
     bool checkListItemViewMouseDownHandle(KRCheckListItemView* itemView, const KREvent& event);
     bool checkListItemViewMouseDraggedHandle(KRCheckListItemView* itemView, const KREvent& event);
     bool checkListItemViewMouseUpHandle(KRCheckListItemView* itemView, const KREvent& event);
@@ -287,6 +297,10 @@ private:
     void checkListItemViewEndObservingKeyPaths();
     void checkListItemViewBeginTrackingMouse();
     void checkListItemViewEndTrackingMouse();
+    // The changes the delegate hears of, each where the row's state changes.
+    void setShowsCurrentEmptyPlaceholder(bool shows);
+    void forgetSizeThatFits();
+    void reportFrameChangeFrom(KRRect oldFrame);
 
     bool hasPlaceholder(const QString& text) const;
     void highlightOn();

@@ -235,16 +235,40 @@ bool KRCheckListView::checkListFieldEditorMouseDown(KRCheckListFieldEditor*, con
 
 // Only the first row can show a placeholder, its own, and only while its title is empty. Setting it again
 // gives it the attributes of the row's current state.
+// The effect of visiting every row: a row at index > 0 that shows an empty placeholder in its current look
+// would be left as it is, and every other row has reported since the last refresh (the first row, keeping a
+// placeholder of its own, is reported again after each refresh, for when it moves down).
 void KRCheckListView::checkListViewUpdatePlaceholderForEachItemView() {
     const std::size_t count = m_checkListItemViews.size();
-    for (std::size_t index = 0; index < count; ++index) {
-        KRCheckListItemView& itemView = *m_checkListItemViews[index];
-        if (index > 0 && itemView.showsCurrentEmptyPlaceholder()) {
-            continue;
+    if (m_placeholderReports.allReported()) {
+        m_placeholderReports.clear();
+        for (std::size_t index = 0; index < count; ++index) {
+            checkListViewUpdatePlaceholderOfItemAtIndex(index);
         }
-        const bool keepsOwnPlaceholder = index == 0 && itemView.title().isEmpty();
-        itemView.setPlaceholder(keepsOwnPlaceholder ? itemView.placeholder() : QStringLiteral(""));
+    } else if (count > 0) {
+        KRMutableIndexSet indexes;
+        m_placeholderReports.takeIndexes(m_checkListItemViews, indexes);
+        indexes.addIndex(0);
+        for (const KRUInteger index : indexes) {
+            checkListViewUpdatePlaceholderOfItemAtIndex(index);
+        }
     }
+    if (count > 0 && !m_checkListItemViews.front()->showsCurrentEmptyPlaceholder()) {
+        m_placeholderReports.report(m_checkListItemViews.front().get());
+    }
+}
+
+void KRCheckListView::checkListViewUpdatePlaceholderOfItemAtIndex(KRUInteger index) {
+    KRCheckListItemView& itemView = *m_checkListItemViews[index];
+    if (index > 0 && itemView.showsCurrentEmptyPlaceholder()) {
+        return;
+    }
+    const bool keepsOwnPlaceholder = index == 0 && itemView.title().isEmpty();
+    itemView.setPlaceholder(keepsOwnPlaceholder ? itemView.placeholder() : QStringLiteral(""));
+}
+
+void KRCheckListView::checkListItemViewDidStopShowingEmptyPlaceholder(KRCheckListItemView* itemView) {
+    m_placeholderReports.report(itemView);
 }
 
 // ------------------------------------------------------------------------------------------------------

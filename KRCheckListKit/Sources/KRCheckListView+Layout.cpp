@@ -12,13 +12,12 @@
 #include "Views/KRWindow.h"
 
 #include <algorithm>
-#include <cstdint>
+#include <cmath>
+#include <limits>
 
 namespace {
 // How many rows ahead a pass over all rows asks for their state: enough to cover a load from memory.
 constexpr std::size_t kListPassPrefetchDistance = 8;
-// Past this many rows reporting changes between two passes, a pass over every row is cheaper.
-constexpr std::size_t kMaximumReportedItemViews = 64;
 } // namespace
 
 // Layout record
@@ -64,12 +63,13 @@ QVariantMap KRCheckListViewLayout::dictionary() const {
 // A row's frame takes the row's own width.
 KRCheckListViewLayout KRCheckListView::checkListViewLayoutForSize(KRSize size) const {
     const double borderWidth = KRCheckListDefaults::borderWidth();
+    checkListViewTakeReportedSizes(size.width);
     KRCheckListViewLayout layout;
     layout.size = size;
     layout.itemViewFrames.reserve(m_checkListItemViews.size());
     double y = 0.0;
-    for (const std::shared_ptr<KRCheckListItemView>& itemView : m_checkListItemViews) {
-        const KRSize itemSize = itemView->sizeThatFits(size);
+    for (std::size_t index = 0; index < m_checkListItemViews.size(); ++index) {
+        const KRSize itemSize = checkListViewSizeThatFitsOfItemAtIndex(index, size);
         layout.itemViewFrames.push_back(KRRect{KRPoint{0.0, y}, itemSize});
         y += itemSize.height - borderWidth;
     }
@@ -80,6 +80,118 @@ KRCheckListViewLayout KRCheckListView::checkListViewLayoutForSize(KRSize size) c
     layout.dropPlaceholderFrame = KRRectZero;
     layout.sizeThatFits = KRSize{size.width, stackedHeight};
     return layout;
+}
+
+// Kept states by index
+// ------------------------------------------------------------------------------------------------------
+// A layout pass over a long list reads what it keeps here, and only the rows that reported a change or
+// have nothing kept: a row is a few cache lines far from the last one, these are next to each other.
+
+namespace {
+
+constexpr double kUnknown = std::numeric_limits<double>::quiet_NaN();
+constexpr KRSize kUnknownSize{kUnknown, kUnknown};
+constexpr KRRect kUnknownFrame{KRPoint{kUnknown, kUnknown}, KRSize{kUnknown, kUnknown}};
+
+// Ascending, every inserted index is a final position. Kept values that do not line up with the rows are
+// all forgotten.
+template <class Value>
+void keepOverInsertedIndexes(std::vector<Value>& kept, KRCheckListItemViewReports& reports,
+                             const KRIndexSet& indexes, const Value& unknown) {
+    if (reports.allReported()) {
+        return;
+    }
+    std::vector<Value> merged;
+    merged.reserve(kept.size() + indexes.count());
+    auto next = kept.cbegin();
+    for (const KRUInteger index : indexes) {
+        if (index > merged.size() + static_cast<std::size_t>(kept.cend() - next)) {
+            reports.reportAll();
+            return;
+        }
+        while (merged.size() < index) {
+            merged.push_back(*next++);
+        }
+        merged.push_back(unknown);
+    }
+    merged.insert(merged.end(), next, kept.cend());
+    kept = std::move(merged);
+}
+
+template <class Value>
+void keepOverRemovedIndexes(std::vector<Value>& kept, KRCheckListItemViewReports& reports,
+                            const KRIndexSet& indexes) {
+    if (reports.allReported() || indexes.isEmpty() || indexes.lastIndex() >= kept.size()) {
+        reports.reportAll();
+        return;
+    }
+    KRUInteger nextRemovedIndex = indexes.firstIndex();
+    std::size_t keptCount = 0;
+    for (std::size_t index = 0; index < kept.size(); ++index) {
+        if (index == nextRemovedIndex) {
+            nextRemovedIndex = indexes.indexGreaterThanIndex(index);
+            continue;
+        }
+        kept[keptCount++] = kept[index];
+    }
+    kept.resize(keptCount);
+}
+
+} // namespace
+
+void KRCheckListView::checkListViewKeepItemViewStatesOverInsertedIndexes(const KRIndexSet& indexes) {
+    keepOverInsertedIndexes(m_keptItemViewSizes, m_sizeReports, indexes, kUnknownSize);
+    keepOverInsertedIndexes(m_appliedItemViewFrames, m_frameReports, indexes, kUnknownFrame);
+}
+
+void KRCheckListView::checkListViewKeepItemViewStatesOverRemovedIndexes(const KRIndexSet& indexes) {
+    keepOverRemovedIndexes(m_keptItemViewSizes, m_sizeReports, indexes);
+    keepOverRemovedIndexes(m_appliedItemViewFrames, m_frameReports, indexes);
+}
+
+void KRCheckListView::checkListViewForgetItemViewStates() {
+    m_placeholderReports.reportAll();
+    m_sizeReports.reportAll();
+    m_frameReports.reportAll();
+}
+
+void KRCheckListView::checkListViewTakeReportedSizes(double width) const {
+    const std::size_t count = m_checkListItemViews.size();
+    if (m_sizeReports.allReported() || width != m_keptItemViewSizesWidth ||
+        m_keptItemViewSizes.size() != count) {
+        m_keptItemViewSizes.assign(count, kUnknownSize);
+        m_keptItemViewSizesWidth = width;
+        m_sizeReports.clear();
+        return;
+    }
+    KRMutableIndexSet indexes;
+    m_sizeReports.takeIndexes(m_checkListItemViews, indexes);
+    for (const KRUInteger index : indexes) {
+        m_keptItemViewSizes[index] = kUnknownSize;
+    }
+}
+
+KRSize KRCheckListView::checkListViewSizeThatFitsOfItemAtIndex(KRUInteger index, KRSize size) const {
+    KRSize& kept = m_keptItemViewSizes[index];
+    if (!std::isnan(kept.height)) {
+        return kept;
+    }
+    const KRCheckListItemView& itemView = *m_checkListItemViews[index];
+    const KRSize itemSize = itemView.sizeThatFits(size);
+    if (itemView.keepsSizeThatFits()) {
+        kept = itemSize;
+    }
+    return itemSize;
+}
+
+void KRCheckListView::checkListItemViewDidInvalidateSizeThatFits(KRCheckListItemView* itemView) {
+    m_sizeReports.report(itemView);
+}
+
+void KRCheckListView::checkListItemViewDidChangeFrame(KRCheckListItemView* itemView) {
+    if (itemView != m_itemViewBeingPlaced) {
+        m_frameReports.report(itemView);
+    }
 }
 
 // Layout pass
@@ -96,28 +208,7 @@ void KRCheckListView::layoutSubviews() {
     // here; both produce the same record.
     const KRCheckListViewLayout layout = checkListViewLayoutForSize(bounds.size);
 
-    const std::size_t frameCount = layout.itemViewFrames.size();
-    // Once one row moves, the whole list is marked for display, and the rows it covers need not each mark
-    // where they were and where they go: inserting at the top of a long list moves every row below.
-    std::optional<KRView::SubviewDisplayCoverage> displayCoverage;
-    for (std::size_t index = 0; index < m_checkListItemViews.size(); ++index) {
-        KRCheckListItemView* itemView = m_checkListItemViews[index].get();
-        const KRRect frame = index < frameCount ? layout.itemViewFrames[index] : KRRectZero;
-        if (itemView->frame() == frame) {
-            continue;
-        }
-        if (!displayCoverage) {
-            displayCoverage.emplace(this);
-        }
-        // A dragged row that the mouse moves is placed at once: it sticks to the pointer while the others
-        // glide along whatever animation the caller opened. (performNonAnimated with false only runs its
-        // block, so every other row is placed directly.)
-        if (itemView->isDragged() && isLeftMouseDragged) {
-            KRView::performNonAnimated(true, [itemView, frame] { itemView->setFrame(frame); });
-        } else {
-            itemView->setFrame(frame);
-        }
-    }
+    checkListViewApplyItemViewFrames(layout.itemViewFrames, isLeftMouseDragged);
     m_dropPlaceholderContentView->setFrame(layout.dropPlaceholderContentViewFrame);
     m_dropPlaceholderIndex = layout.dropPlaceholderIndex;
     m_dropPlaceholderFrame = layout.dropPlaceholderFrame;
@@ -129,6 +220,64 @@ void KRCheckListView::layoutSubviews() {
         m_lastSizeThatFits = layout.sizeThatFits;
     }
     checkListViewUpdateStaleDividers();
+}
+
+// A row is read only when its frame may differ from the one it is to get: it has none kept, it reported a
+// frame given by someone else, or its new frame differs from the kept one.
+void KRCheckListView::checkListViewApplyItemViewFrames(const std::vector<KRRect>& frames,
+                                                       bool placesDraggedRowsAtOnce) {
+    const std::size_t count = m_checkListItemViews.size();
+    if (m_frameReports.allReported() || m_appliedItemViewFrames.size() != count) {
+        m_appliedItemViewFrames.assign(count, kUnknownFrame);
+        m_frameReports.clear();
+    } else {
+        KRMutableIndexSet indexes;
+        m_frameReports.takeIndexes(m_checkListItemViews, indexes);
+        for (const KRUInteger index : indexes) {
+            m_appliedItemViewFrames[index] = kUnknownFrame;
+        }
+    }
+    // Once one row moves, the whole list is marked for display, and the rows it covers need not each mark
+    // where they were and where they go: inserting at the top of a long list moves every row below.
+    std::optional<KRView::SubviewDisplayCoverage> displayCoverage;
+    const auto frameAt = [&frames](std::size_t index) {
+        return index < frames.size() ? frames[index] : KRRectZero;
+    };
+    for (std::size_t index = 0; index < count; ++index) {
+        // Rows that move are read one after the other: ask for those a little ahead so as not to wait on
+        // each.
+        const std::size_t ahead = index + kListPassPrefetchDistance;
+        if (ahead < count && m_appliedItemViewFrames[ahead] != frameAt(ahead)) {
+            m_checkListItemViews[ahead]->prefetchListPassState();
+        }
+        const KRRect frame = frameAt(index);
+        KRRect& applied = m_appliedItemViewFrames[index];
+        if (applied == frame) {
+            continue;
+        }
+        KRCheckListItemView* itemView = m_checkListItemViews[index].get();
+        if (itemView->frame() != frame) {
+            if (!displayCoverage) {
+                displayCoverage.emplace(this);
+            }
+            checkListViewPlaceItemView(*itemView, frame, placesDraggedRowsAtOnce);
+        }
+        applied = itemView->frame();
+    }
+}
+
+void KRCheckListView::checkListViewPlaceItemView(KRCheckListItemView& itemView, KRRect frame,
+                                                 bool placesDraggedRowsAtOnce) {
+    m_itemViewBeingPlaced = &itemView;
+    // A dragged row that the mouse moves is placed at once: it sticks to the pointer while the others glide
+    // along whatever animation the caller opened. (performNonAnimated with false only runs its block, so
+    // every other row is placed directly.)
+    if (itemView.isDragged() && placesDraggedRowsAtOnce) {
+        KRView::performNonAnimated(true, [&itemView, frame] { itemView.setFrame(frame); });
+    } else {
+        itemView.setFrame(frame);
+    }
+    m_itemViewBeingPlaced = nullptr;
 }
 
 // Always the resting layout, also while a drag runs. The zero size answers the last applied size unmeasured.
@@ -284,21 +433,20 @@ void KRCheckListView::checkListViewUpdateDividers() {
     }
     m_indexesWithStaleDividers.removeAllIndexes();
     // The rows whose flags this pass changed reported it; that is no news to the next pass.
-    m_itemViewsWithStaleDividers.clear();
-    m_allDividersStale = false;
+    m_dividerReports.clear();
     m_dividersFollowDrag = context.dragging || context.placeholderHasHeight;
 }
 
 // Gives the same flags as the pass over every row: a row's flags depend only on its own inputs, the next
 // row's and whether it is the first or the last, and every change of those since the last pass is marked.
 void KRCheckListView::checkListViewUpdateStaleDividers() {
-    if (m_allDividersStale || m_dividersFollowDrag || isDragging() ||
+    if (m_dividerReports.allReported() || m_dividersFollowDrag || isDragging() ||
         m_dropPlaceholderFrame.size.height > 0.0) {
         checkListViewUpdateDividers();
         return;
     }
     const DividerContext context = checkListViewDividerContext();
-    checkListViewTakeIndexesOfItemViews(m_itemViewsWithStaleDividers, m_indexesWithStaleDividers);
+    m_dividerReports.takeIndexes(m_checkListItemViews, m_indexesWithStaleDividers);
     const KRIndexSet staleIndexes = m_indexesWithStaleDividers;
     m_indexesWithStaleDividers.removeAllIndexes();
     KRUInteger nextToUpdate = 0;
@@ -311,7 +459,6 @@ void KRCheckListView::checkListViewUpdateStaleDividers() {
             }
         }
     }
-    m_itemViewsWithStaleDividers.clear();
 }
 
 namespace {
@@ -350,58 +497,18 @@ void shiftMarksOverRemovedIndexes(KRMutableIndexSet& marks, const KRIndexSet& re
 } // namespace
 
 void KRCheckListView::checkListViewMarkDividersStaleAtIndex(KRUInteger index) {
-    if (!m_allDividersStale) {
+    if (!m_dividerReports.allReported()) {
         m_indexesWithStaleDividers.addIndex(index);
     }
 }
 
 void KRCheckListView::checkListViewMarkAllDividersStale() {
-    m_allDividersStale = true;
+    m_dividerReports.reportAll();
     m_indexesWithStaleDividers.removeAllIndexes();
-    m_itemViewsWithStaleDividers.clear();
 }
 
 void KRCheckListView::checkListItemViewDidChangeDividerInputs(KRCheckListItemView* itemView) {
-    if (!m_allDividersStale) {
-        m_itemViewsWithStaleDividers.push_back(itemView);
-        if (m_itemViewsWithStaleDividers.size() > kMaximumReportedItemViews) {
-            m_allDividersStale = true;
-            m_itemViewsWithStaleDividers.clear();
-        }
-    }
-}
-
-namespace {
-
-// A one-word filter of row addresses: a row whose bit is clear was certainly not reported. Rows are a few
-// hundred bytes apart, so the bits above the cache line pick among 64 buckets.
-std::uint64_t addressFilterBit(const void* address) {
-    constexpr unsigned kCacheLineBits = 6;
-    constexpr std::uintptr_t kBucketMask = 63;
-    return std::uint64_t{1} << ((reinterpret_cast<std::uintptr_t>(address) >> kCacheLineBits) & kBucketMask);
-}
-
-} // namespace
-
-void KRCheckListView::checkListViewTakeIndexesOfItemViews(std::vector<const KRCheckListItemView*>& itemViews,
-                                                          KRMutableIndexSet& indexes) const {
-    if (itemViews.empty()) {
-        return;
-    }
-    std::sort(itemViews.begin(), itemViews.end());
-    std::uint64_t filter = 0;
-    for (const KRCheckListItemView* itemView : itemViews) {
-        filter |= addressFilterBit(itemView);
-    }
-    // Only the row pointers are read, never the rows.
-    for (std::size_t index = 0; index < m_checkListItemViews.size(); ++index) {
-        const KRCheckListItemView* itemView = m_checkListItemViews[index].get();
-        if ((filter & addressFilterBit(itemView)) != 0 &&
-            std::binary_search(itemViews.begin(), itemViews.end(), itemView)) {
-            indexes.addIndex(index);
-        }
-    }
-    itemViews.clear();
+    m_dividerReports.report(itemView);
 }
 
 void KRCheckListView::checkListViewMarkDividersStaleAfterInsertingItemsAtIndexes(const KRIndexSet& indexes) {

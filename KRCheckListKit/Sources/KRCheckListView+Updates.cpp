@@ -85,6 +85,7 @@ void KRCheckListView::reloadItems() {
     m_checkListItemViews = std::move(itemViews);
     m_checkListItemViewsByIdentifier = std::move(itemViewsByIdentifier);
     checkListViewMarkAllDividersStale();
+    checkListViewForgetItemViewStates();
 
     checkListViewUpdatePlaceholderForEachItemView();
     layoutIfNeeded();
@@ -211,7 +212,9 @@ void KRCheckListView::updateByInsertingItemsAtIndexes(const KRIndexSet& indexSet
     std::move(oldItemView, m_checkListItemViews.end(), std::back_inserter(itemViews));
     m_checkListItemViews = std::move(itemViews);
     checkListViewMarkDividersStaleAfterInsertingItemsAtIndexes(indexes);
+    checkListViewKeepItemViewStatesOverInsertedIndexes(indexes);
     for (const std::shared_ptr<KRCheckListItemView>& itemView : newItemViews) {
+        m_placeholderReports.report(itemView.get());
         addSubview(itemView);
         m_checkListItemViewsByIdentifier.insert(itemView->itemIdentifier(), itemView);
         setNeedsLayout(true);
@@ -262,6 +265,7 @@ void KRCheckListView::updateByRemovingItemsAtIndexes(const KRIndexSet& indexSet)
     }
     m_checkListItemViews = std::move(itemViews);
     checkListViewMarkDividersStaleAfterRemovingItemsAtIndexes(indexes);
+    checkListViewKeepItemViewStatesOverRemovedIndexes(indexes);
     for (const std::shared_ptr<KRCheckListItemView>& itemView : removedItemViews) {
         m_checkListItemViewsByIdentifier.remove(itemView->itemIdentifier());
     }
@@ -322,6 +326,7 @@ void KRCheckListView::updateByMovingItemsAtIndexesToIndex(const KRIndexSet& inde
     m_checkListItemViews = std::move(itemViews);
     m_indexesForSelectedItems = selectedIndexes;
     checkListViewMarkAllDividersStale();
+    checkListViewForgetItemViewStates();
 
     // Added again, the moved rows come to the front and are drawn above the others while they travel.
     for (const std::shared_ptr<KRCheckListItemView>& itemView : movedItemViews) {

@@ -2,6 +2,7 @@
 
 #include "KRCheckListFieldEditor.h"
 #include "KRCheckListItemView.h"
+#include "KRCheckListItemViewReports.h"
 #include "KRCheckListViewDataSource.h"
 #include "KRCheckListViewDelegate.h"
 
@@ -145,6 +146,7 @@ public:
     void updateByMovingItemsAtIndexesToIndex(const KRIndexSet& indexes, KRUInteger toIndex);
     void updateByMovingItemAtIndexToIndex(KRUInteger index, KRUInteger toIndex);
     void updateByMovingItemAtIndexToFinalIndex(KRUInteger index, KRUInteger finalIndex);
+    // Refreshes the rows' placeholders; only the rows whose placeholder can change are visited.
     void checkListViewUpdatePlaceholderForEachItemView();
 
     // Item operations: announced to the delegate and asked of the data source --------------------------
@@ -396,6 +398,10 @@ public:
     void checkListItemViewDidChangeHighlighted(KRCheckListItemView* itemView) override;
     // The next passes visit the row (or every row, when many changed).
     void checkListItemViewDidChangeDividerInputs(KRCheckListItemView* itemView) override;
+    void checkListItemViewDidStopShowingEmptyPlaceholder(KRCheckListItemView* itemView) override;
+    void checkListItemViewDidInvalidateSizeThatFits(KRCheckListItemView* itemView) override;
+    // A frame the list did not give itself is read from the row again by the next layout pass.
+    void checkListItemViewDidChangeFrame(KRCheckListItemView* itemView) override;
     // The edited title's commands; after an unhandled moveUp: the caret keeps its tracked x on the next turn.
     bool checkListItemViewTextViewDoCommandBySelector(KRCheckListItemView* itemView, KRTextView* textView,
                                                       const KRSelector& selector) override;
@@ -450,9 +456,18 @@ private:
     void checkListViewMarkAllDividersStale();
     void checkListViewMarkDividersStaleAfterInsertingItemsAtIndexes(const KRIndexSet& indexes);
     void checkListViewMarkDividersStaleAfterRemovingItemsAtIndexes(const KRIndexSet& indexes);
-    // The rows that reported a change since the last pass, found by one walk over the rows.
-    void checkListViewTakeIndexesOfItemViews(std::vector<const KRCheckListItemView*>& itemViews,
-                                             KRMutableIndexSet& indexes) const;
+    void checkListViewUpdatePlaceholderOfItemAtIndex(KRUInteger index);
+    // What the list keeps of its rows by index: the fitting sizes they answered and the frames they were
+    // given. Inserted rows have nothing kept; after a reload or a move nothing is.
+    void checkListViewKeepItemViewStatesOverInsertedIndexes(const KRIndexSet& indexes);
+    void checkListViewKeepItemViewStatesOverRemovedIndexes(const KRIndexSet& indexes);
+    void checkListViewForgetItemViewStates();
+    // The row's fitting size for size, from what is kept where the row has not reported a change.
+    KRSize checkListViewSizeThatFitsOfItemAtIndex(KRUInteger index, KRSize size) const;
+    void checkListViewTakeReportedSizes(double width) const;
+    void checkListViewApplyItemViewFrames(const std::vector<KRRect>& frames, bool placesDraggedRowsAtOnce);
+    void checkListViewPlaceItemView(KRCheckListItemView& itemView, KRRect frame,
+                                    bool placesDraggedRowsAtOnce);
     // An edit ended by an update, to begin again on the same item once the rows have changed.
     struct SavedEdit {
         std::shared_ptr<KRCheckListItemTitleTextField> titleTextField;
@@ -518,11 +533,20 @@ private:
     bool m_dragging = false;
     bool m_updateScheduled = false;
     KRMutableIndexSet m_indexesWithStaleDividers;
-    bool m_allDividersStale = true;
     // The last divider pass saw a drag or a drop placeholder: the next one at rest visits every row.
     bool m_dividersFollowDrag = false;
-    // Rows that reported a change of what the passes read; too many and every row is visited instead.
-    std::vector<const KRCheckListItemView*> m_itemViewsWithStaleDividers;
+    // Rows that reported a change of what the divider passes read.
+    KRCheckListItemViewReports m_dividerReports;
+    // Rows that may show a placeholder the refresh would change.
+    KRCheckListItemViewReports m_placeholderReports;
+    // Fitting sizes by index for one width (NaN: ask the row), and the rows whose answer may have changed.
+    mutable std::vector<KRSize> m_keptItemViewSizes;
+    mutable double m_keptItemViewSizesWidth = 0.0;
+    mutable KRCheckListItemViewReports m_sizeReports;
+    // The frames the layout pass gave the rows (NaN: read the row), and the rows moved by someone else.
+    std::vector<KRRect> m_appliedItemViewFrames;
+    KRCheckListItemViewReports m_frameReports;
+    const KRCheckListItemView* m_itemViewBeingPlaced = nullptr;
     // The press of a plain click, from the press to the release: its drags and its release go to the editor.
     std::optional<KREvent> m_clickPressInFieldEditor;
 };

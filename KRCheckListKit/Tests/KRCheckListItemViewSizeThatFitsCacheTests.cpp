@@ -100,3 +100,81 @@ TEST_F(KRCheckListItemViewSizeThatFitsCacheTests, WhileTheTitleIsEditedWhatIsTyp
     window.makeFirstResponder(nullptr);
     expectFresh(KRSizeMake(kRowWidth, 28), __LINE__);
 }
+
+namespace {
+
+// Counts what the row reports of the states a list keeps about it.
+class ReportCountingDelegate : public KRObject, public KRCheckListItemViewDelegate {
+public:
+    void checkListItemViewDidStopShowingEmptyPlaceholder(KRCheckListItemView*) override {
+        ++placeholderReports;
+    }
+    void checkListItemViewDidInvalidateSizeThatFits(KRCheckListItemView*) override { ++sizeReports; }
+    void checkListItemViewDidChangeFrame(KRCheckListItemView*) override { ++frameReports; }
+
+    int placeholderReports = 0;
+    int sizeReports = 0;
+    int frameReports = 0;
+};
+
+class KRCheckListItemViewReportTests : public KRCheckListItemViewSizeThatFitsCacheTests {
+protected:
+    void SetUp() override { row->setDelegate(delegate.get()); }
+    void TearDown() override { row->setDelegate(nullptr); }
+
+    std::shared_ptr<ReportCountingDelegate> delegate = std::make_shared<ReportCountingDelegate>();
+};
+
+} // namespace
+
+// While the row keeps its answer, whoever keeps it too may: every end of a kept answer is reported.
+TEST_F(KRCheckListItemViewReportTests, EveryEndOfAKeptSizeIsReported) {
+    row->setTitle(QStringLiteral("Short"));
+    row->sizeThatFits(KRSizeMake(kRowWidth, 28));
+    ASSERT_TRUE(row->keepsSizeThatFits());
+    const int before = delegate->sizeReports;
+
+    row->setTitle(kLongTitle);
+    EXPECT_FALSE(row->keepsSizeThatFits());
+    EXPECT_GT(delegate->sizeReports, before);
+
+    row->sizeThatFits(KRSizeMake(kRowWidth, 28));
+    ASSERT_TRUE(row->keepsSizeThatFits());
+    const int beforeStatus = delegate->sizeReports;
+    // A canceled item's check box shows another image, whose size the next answer measures.
+    row->setStatus(2);
+    row->updateIfNeeded();
+    EXPECT_FALSE(row->keepsSizeThatFits());
+    EXPECT_GT(delegate->sizeReports, beforeStatus);
+}
+
+TEST_F(KRCheckListItemViewReportTests, EveryFrameChangeIsReportedAndNothingElse) {
+    row->setFrame(KRRectMake(0, 0, kRowWidth, 28));
+    const int before = delegate->frameReports;
+    row->setFrame(KRRectMake(0, 0, kRowWidth, 28));
+    EXPECT_EQ(delegate->frameReports, before);
+
+    row->setFrameOrigin(KRPointMake(0, 40));
+    EXPECT_EQ(delegate->frameReports, before + 1);
+    row->setFrameSize(KRSizeMake(kRowWidth, 56));
+    EXPECT_EQ(delegate->frameReports, before + 2);
+}
+
+TEST_F(KRCheckListItemViewReportTests, StoppingToShowAnEmptyPlaceholderIsReported) {
+    row->setPlaceholder(QString());
+    ASSERT_TRUE(row->showsCurrentEmptyPlaceholder());
+    const int before = delegate->placeholderReports;
+
+    row->setPlaceholder(QStringLiteral("Add an item"));
+    EXPECT_FALSE(row->showsCurrentEmptyPlaceholder());
+    EXPECT_EQ(delegate->placeholderReports, before + 1);
+
+    // Still not showing one: nothing new to report.
+    row->setPlaceholder(QStringLiteral("Another"));
+    EXPECT_EQ(delegate->placeholderReports, before + 1);
+
+    row->setPlaceholder(QString());
+    row->clearPlaceholderOfTitleCell();
+    EXPECT_FALSE(row->showsCurrentEmptyPlaceholder());
+    EXPECT_EQ(delegate->placeholderReports, before + 2);
+}

@@ -467,3 +467,94 @@ TEST_F(KRCheckListViewLayoutTests, DividersAfterEveryChangeAreThoseOfAPassOverEv
     }
     EXPECT_EQ(changesChecked, 400);
 }
+
+// The list keeps the sizes its rows answered and the frames it gave them, and reads a row again only when the
+// row reported a change. Whatever happens, the frames after a layout pass must be those of every row measured
+// afresh and stacked.
+TEST_F(KRCheckListViewLayoutTests, FramesAfterEveryChangeAreThoseOfEveryRowMeasuredAfresh) {
+    showItems({"a", "b", "c", "d", "e", "f", "g", "h"});
+    dataSource->reportsChanges = true;
+    window.makeFirstResponder(list.get());
+    const QStringList titles{QString(), QStringLiteral("Short"), kLongTitle, kLongTitle + kLongTitle};
+    std::mt19937 random(11);
+    const auto anyTitle = [&] { return titles.at(static_cast<qsizetype>(random() % titles.size())); };
+    for (int step = 0; step < 400; ++step) {
+        const KRUInteger count = list->numberOfItems();
+        const KRUInteger index = count == 0 ? 0 : random() % count;
+        switch (random() % 11) {
+        case 0:
+            dataSource->itemsToInsert.push_back(Item{QStringLiteral("i%1").arg(step), 0, anyTitle()});
+            list->insertItemAtIndex(random() % (count + 1));
+            break;
+        case 1:
+            if (count > 1) {
+                list->removeItemAtIndex(index);
+            }
+            break;
+        case 2:
+            if (count > 0) {
+                // The host changes a title and reports it.
+                dataSource->items[index].title = anyTitle();
+                list->beginUpdates();
+                list->updateByReloadingItemAtIndex(index);
+                list->endUpdates();
+            }
+            break;
+        case 3:
+            if (count > 0) {
+                list->beginEditingItemAtIndexSelectRange(index, KRMakeRange(0, 0));
+            }
+            break;
+        case 4:
+            if (list->indexForEditedItem() != KRNotFound) {
+                // Typed text may wrap the edited title onto more lines.
+                list->fieldEditor()->insertText(anyTitle());
+            }
+            break;
+        case 5:
+            list->endEditing();
+            break;
+        case 6:
+            if (count > 0) {
+                // A new status changes the check box image, and with it the row's fitting size.
+                dataSource->items[index].status = random() % 3;
+                list->beginUpdates();
+                list->updateByReloadingItemAtIndex(index);
+                list->endUpdates();
+            }
+            break;
+        case 7:
+            if (count > 0) {
+                // A frame given by someone else than the list.
+                rowAt(index)->setFrame(random() % 2 == 0 ? KRRectZero : KRRectMake(5.0, 7.0, 90.0, 11.0));
+            }
+            break;
+        case 8:
+            list->setFrameSize(KRSizeMake(200.0 + static_cast<double>(random() % 3) * 150.0, 600.0));
+            break;
+        case 9:
+            if (count > 1) {
+                list->moveItemAtIndexToIndex(index, random() % (count + 1));
+            }
+            break;
+        default:
+            list->reloadItems();
+            break;
+        }
+        KRRunLoop::main().runUntilIdle();
+        list->setNeedsLayout(true);
+        list->layoutIfNeeded();
+
+        const KRSize size = list->bounds().size;
+        std::vector<KRRect> expected;
+        double y = 0.0;
+        for (KRUInteger row = 0; row < list->numberOfItems(); ++row) {
+            const KRSize fitting = rowAt(row)->checkListItemViewLayoutForSize(size).sizeThatFits;
+            expected.push_back(KRRect{KRPoint{0.0, y}, fitting});
+            y += fitting.height - hairline();
+        }
+        ASSERT_EQ(rowFrames(), expected) << "after step " << step;
+        const double stackedHeight = expected.empty() ? 0.0 : y + hairline();
+        ASSERT_EQ(list->sizeThatFits(size).height, stackedHeight) << "after step " << step;
+    }
+}

@@ -8,6 +8,7 @@
 #include <limits>
 #include <memory>
 #include <optional>
+#include <random>
 #include <vector>
 
 using namespace KRCheckListViewTesting;
@@ -776,4 +777,77 @@ TEST_F(KRCheckListViewUpdatesTests, ReloadUpdateOfATitledFirstRowTakesItsPlaceho
     dataSource->items[0].title = QStringLiteral("Titled");
     reloadUpdate(KRIndexSet{0});
     EXPECT_EQ(rowAt(0)->placeholder(), QStringLiteral(""));
+}
+
+// The refresh visits only the rows whose placeholder it can change. Whatever happens between two refreshes,
+// afterwards only the first row may show a placeholder: the one it had, and only while its title is empty.
+TEST_F(KRCheckListViewUpdatesTests, PlaceholdersAfterEveryChangeFollowTheFirstRowRule) {
+    showItems({"a", "b", "c", "d", "e", "f"});
+    window.makeFirstResponder(list.get());
+    std::mt19937 random(5);
+    const auto anyTitle = [&] { return random() % 2 == 0 ? QString() : QStringLiteral("Titled"); };
+    for (int step = 0; step < 400; ++step) {
+        const KRUInteger count = list->numberOfItems();
+        const KRUInteger index = count == 0 ? 0 : random() % count;
+        switch (random() % 9) {
+        case 0:
+            dataSource->itemsToInsert.push_back(Item{QStringLiteral("i%1").arg(step), 0, anyTitle()});
+            list->insertItemAtIndex(random() % 2 == 0 ? 0 : random() % (count + 1));
+            break;
+        case 1:
+            if (count > 1) {
+                list->removeItemAtIndex(random() % 2 == 0 ? 0 : index);
+            }
+            break;
+        case 2:
+            if (count > 0) {
+                dataSource->items[index].title = anyTitle();
+                reloadUpdate(KRIndexSet(index));
+            }
+            break;
+        case 3:
+            if (count > 0) {
+                // The host gives a row a placeholder of its own.
+                rowAt(random() % 2 == 0 ? 0 : index)->setPlaceholder(QStringLiteral("Add an item"));
+            }
+            break;
+        case 4:
+            if (count > 0) {
+                list->beginEditingItemAtIndexSelectRange(index, KRMakeRange(0, 0));
+            }
+            break;
+        case 5:
+            list->endEditing();
+            break;
+        case 6:
+            if (count > 0) {
+                // A selected row takes other attributes, its placeholder's among them.
+                list->selectItemsAtIndexesByExtendingSelection(KRIndexSet(index), random() % 2 == 0);
+            }
+            break;
+        case 7:
+            if (count > 1) {
+                list->moveItemAtIndexToIndex(index, random() % (count + 1));
+            }
+            break;
+        default:
+            list->reloadItems();
+            break;
+        }
+        KRRunLoop::main().runUntilIdle();
+        window.updateIfNeeded();
+        if (list->numberOfItems() == 0) {
+            continue;
+        }
+        const QString firstTitle = rowAt(0)->title();
+        const QString firstPlaceholder = rowAt(0)->placeholder();
+
+        list->checkListViewUpdatePlaceholderForEachItemView();
+
+        ASSERT_EQ(rowAt(0)->placeholder(), firstTitle.isEmpty() ? firstPlaceholder : QString())
+            << "after step " << step;
+        for (KRUInteger row = 1; row < list->numberOfItems(); ++row) {
+            ASSERT_EQ(rowAt(row)->placeholder(), QString()) << "row " << row << " after step " << step;
+        }
+    }
 }

@@ -157,6 +157,15 @@ def capture_when_still(env, window, path):
 
 # Session ---------------------------------------------------------------------------------------------------
 
+def find_window(env, app_process):
+    """The KRTodo window once it is mapped; fails at once when the app has ended."""
+    if app_process.poll() is not None:
+        raise SessionError(f"KRTodo ended early with status {app_process.returncode}")
+    found = subprocess.run(["xdotool", "search", "--onlyvisible", "--name", "^KRTodo$"], env=env,
+                           capture_output=True, text=True, timeout=DEADLINE_SECONDS)
+    return found.stdout.split()
+
+
 def run_session(app, out_dir):
     os.makedirs(out_dir, exist_ok=True)
     dump_path = os.path.join(out_dir, "KRTodo-dump.txt")
@@ -166,36 +175,39 @@ def run_session(app, out_dir):
             os.remove(stale)
 
     log = open(os.path.join(out_dir, "session.log"), "w")
-    # Servers starting at the same moment can race for a display; another attempt picks another one.
-    for attempt in range(3):
-        try:
-            server, display = start_x_server(log)
-            break
-        except SessionError:
-            if attempt == 2:
-                raise
-    app_process = None
+    # Servers starting and stopping at the same moment can race for a display (one server's clean-up can
+    # take the socket of the next one on the same number): another attempt picks another display.
+    server = app_process = None
     try:
-        env = dict(os.environ)
-        env["DISPLAY"] = display
-        env["QT_QPA_PLATFORM"] = "xcb"
-        env.pop("WAYLAND_DISPLAY", None)
-        # Under AddressSanitizer: libxkbcommon-x11 hands strndup buffers that end without a NUL, which the
-        # strict string checks report as overflows inside the system library before the window exists.
-        if env.get("ASAN_OPTIONS"):
-            env["ASAN_OPTIONS"] += ":strict_string_checks=0"
-        app_process = subprocess.Popen([app, "--empty", "--dump-file", dump_path], env=env,
-                                       stdout=log, stderr=log)
+        for attempt in range(3):
+            try:
+                server, display = start_x_server(log)
+            except SessionError:
+                if attempt == 2:
+                    raise
+                continue
+            env = dict(os.environ)
+            env["DISPLAY"] = display
+            env["QT_QPA_PLATFORM"] = "xcb"
+            env.pop("WAYLAND_DISPLAY", None)
+            # Under AddressSanitizer: libxkbcommon-x11 hands strndup buffers that end without a NUL, which
+            # the strict string checks report as overflows inside the system library before the window
+            # exists.
+            if env.get("ASAN_OPTIONS"):
+                env["ASAN_OPTIONS"] += ":strict_string_checks=0"
+            app_process = subprocess.Popen([app, "--empty", "--dump-file", dump_path], env=env,
+                                           stdout=log, stderr=log)
+            try:
+                window = wait_until(lambda: find_window(env, app_process), "the KRTodo window")[0]
+                break
+            except SessionError:
+                if app_process.poll() is None or attempt == 2:
+                    raise
+                print(f"KRTodo could not start on display {display}; trying another display")
+                server.terminate()
+                server.wait()
+                server = None
 
-        # The window, once mapped, and the keyboard focus on it (there is no window manager to give it).
-        def find_window():
-            if app_process.poll() is not None:
-                raise SessionError(f"KRTodo ended early with status {app_process.returncode}")
-            found = subprocess.run(["xdotool", "search", "--onlyvisible", "--name", "^KRTodo$"], env=env,
-                                   capture_output=True, text=True, timeout=DEADLINE_SECONDS)
-            return found.stdout.split()
-
-        window = wait_until(find_window, "the KRTodo window")[0]
         xdotool(env, "windowfocus", "--sync", window)
         wait_until(lambda: xdotool(env, "getwindowfocus") == window, "the focus on KRTodo")
 
@@ -240,8 +252,9 @@ def run_session(app, out_dir):
         if app_process and app_process.poll() is None:
             app_process.kill()
             app_process.wait()
-        server.terminate()
-        server.wait()
+        if server:
+            server.terminate()
+            server.wait()
         log.close()
 
 
