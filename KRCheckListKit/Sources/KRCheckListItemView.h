@@ -143,6 +143,12 @@ public:
         prefetchFrame();
         __builtin_prefetch(&m_edited);
     }
+    // Loads what placing the row reads: besides the frame and flags, its view state and its delegate.
+    void prefetchPlacementState() const {
+        prefetchListPassState();
+        prefetchViewState();
+        __builtin_prefetch(&m_delegate);
+    }
     void setHighlighted(bool highlighted);
 
     // The identifier of the item the row shows (given by the list). objectValue() answers it, and

@@ -248,7 +248,7 @@ void KRCheckListView::checkListViewApplyItemViewFrames(const std::vector<KRRect>
         // each.
         const std::size_t ahead = index + kListPassPrefetchDistance;
         if (ahead < count && m_appliedItemViewFrames[ahead] != frameAt(ahead)) {
-            m_checkListItemViews[ahead]->prefetchListPassState();
+            m_checkListItemViews[ahead]->prefetchPlacementState();
         }
         const KRRect frame = frameAt(index);
         KRRect& applied = m_appliedItemViewFrames[index];
@@ -274,6 +274,9 @@ void KRCheckListView::checkListViewPlaceItemView(KRCheckListItemView& itemView, 
     // every other row is placed directly.)
     if (itemView.isDragged() && placesDraggedRowsAtOnce) {
         KRView::performNonAnimated(true, [&itemView, frame] { itemView.setFrame(frame); });
+    } else if (itemView.frame().size == frame.size) {
+        // Rows pushed down by an insertion only move.
+        itemView.setFrameOrigin(frame.origin);
     } else {
         itemView.setFrame(frame);
     }

@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstring>
+#include <limits>
 #include <unordered_set>
 #include <utility>
 
@@ -329,6 +330,13 @@ void KRView::setFrame(KRRect frame) {
 
 void KRView::setFrameOrigin(KRPoint origin) {
     if (origin == m_frame.origin) {
+        return;
+    }
+    if (movesQuietlyTo(origin)) {
+        m_frame.origin = origin;
+        if (hasObserversForKey("frame")) {
+            didChangeValueForKey("frame", QVariant(), QVariant::fromValue(m_frame));
+        }
         return;
     }
     setNeedsDisplay();
@@ -659,11 +667,13 @@ KRView::SubviewDisplayCoverage::SubviewDisplayCoverage(KRView* view) : m_previou
         return;
     }
     m_view = view;
-    m_offsetToWindow = view->convertPointToView(KRPointZero, nullptr);
-    m_markedInWindow =
+    const KRPoint offsetToWindow = view->convertPointToView(KRPointZero, nullptr);
+    const KRRect markedInWindow =
         view->superview() ? view->superview()->convertRectToView(view->m_frame, nullptr) : view->m_frame;
     const KRView* content = window->contentView();
-    m_contentInWindow = content ? content->frame() : KRRectNull;
+    const KRRect contentInWindow = content ? content->frame() : KRRectNull;
+    m_marked = edgesOf(KRRectOffset(markedInWindow, -offsetToWindow.x, -offsetToWindow.y));
+    m_content = edgesOf(KRRectOffset(contentInWindow, -offsetToWindow.x, -offsetToWindow.y));
     currentDisplayCoverage = this;
 }
 
@@ -673,17 +683,52 @@ KRView::SubviewDisplayCoverage::~SubviewDisplayCoverage() {
     }
 }
 
+bool KRView::SubviewDisplayCoverage::looksAreCovered(const Looks* looks) const {
+    if (looks == m_coveredLooks) {
+        return true;
+    }
+    const Looks& shown = looks ? *looks : defaultLooks();
+    if (shown.shadowOpacity > 0.0 || shown.scale != 1.0) {
+        return false;
+    }
+    m_coveredLooks = looks;
+    return true;
+}
+
+// Called for every row a long list moves: a few comparisons on the subview's own fields.
 bool KRView::SubviewDisplayCoverage::covers(const KRView& subview) const {
-    if (subview.superview() != m_view || subview.hasRunningAnimations()) {
+    return mayCover(subview) && coversEdges(edgesOf(subview.m_frame));
+}
+
+bool KRView::SubviewDisplayCoverage::coversMove(const KRView& subview, KRRect newFrame) const {
+    return mayCover(subview) && coversEdges(edgesOf(subview.m_frame)) && coversEdges(edgesOf(newFrame));
+}
+
+bool KRView::SubviewDisplayCoverage::mayCover(const KRView& subview) const {
+    return m_view && subview.m_parent == reinterpret_cast<std::uintptr_t>(m_view) &&
+           !(subview.m_animations && subview.hasRunningAnimations()) && looksAreCovered(subview.m_looks);
+}
+
+bool KRView::SubviewDisplayCoverage::coversEdges(const Edges& frame) const {
+    const bool insideMarked = frame.minX >= m_marked.minX && frame.minY >= m_marked.minY &&
+                              frame.maxX <= m_marked.maxX && frame.maxY <= m_marked.maxY;
+    if (insideMarked) {
+        return true;
+    }
+    // Strict, as for intersecting rects: touching the content's edge does not reach into it.
+    const bool reachesContent = std::max(frame.minX, m_content.minX) < std::min(frame.maxX, m_content.maxX) &&
+                                std::max(frame.minY, m_content.minY) < std::min(frame.maxY, m_content.maxY);
+    return !reachesContent;
+}
+
+// A move that animates nothing and whose marks for display a coverage makes unnecessary, both where the
+// view is and where it goes, only stores the origin (and tells observers). A long list moves thousands of
+// rows this way when one is inserted near the top.
+bool KRView::movesQuietlyTo(KRPoint origin) const {
+    if (!currentDisplayCoverage || mayAnimateFrame()) {
         return false;
     }
-    const Looks& looks = subview.looks();
-    if (looks.shadowOpacity > 0.0 || looks.scale != 1.0) {
-        return false;
-    }
-    const KRRect inWindow = KRRectOffset(subview.m_frame, m_offsetToWindow.x, m_offsetToWindow.y);
-    return KRRectContainsRect(m_markedInWindow, inWindow) ||
-           !KRRectIntersectsRect(m_contentInWindow, inWindow);
+    return currentDisplayCoverage->coversMove(*this, KRRect{origin, m_frame.size});
 }
 
 void KRView::setNeedsDisplay() {

@@ -15,6 +15,7 @@
 
 #include <cstdint>
 #include <functional>
+#include <limits>
 #include <memory>
 #include <span>
 #include <vector>
@@ -74,6 +75,12 @@ public:
     void prefetchFrame() const {
         __builtin_prefetch(&m_frame);
         __builtin_prefetch(&m_frame.size.height);
+    }
+    // What moving a view reads besides its frame: its superview, looks, animations and tracking areas.
+    void prefetchViewState() const {
+        __builtin_prefetch(&m_parent);
+        __builtin_prefetch(&m_looks);
+        __builtin_prefetch(&m_animations);
     }
     void setFrame(KRRect frame); // setFrameOrigin, then setFrameSize
     virtual void setFrameOrigin(KRPoint origin);
@@ -149,23 +156,7 @@ public:
     // Marks view whole for display; while the object lives, direct subviews of view that show no shadow or
     // scale and do not animate skip marking themselves when they lie inside that marked area or outside the
     // window's content. For views that move thousands of subviews at once (a long list shifting its rows).
-    class SubviewDisplayCoverage {
-    public:
-        explicit SubviewDisplayCoverage(KRView* view);
-        ~SubviewDisplayCoverage();
-        SubviewDisplayCoverage(const SubviewDisplayCoverage&) = delete;
-        SubviewDisplayCoverage& operator=(const SubviewDisplayCoverage&) = delete;
-
-        // Whether marking subview's frame would add nothing.
-        bool covers(const KRView& subview) const;
-
-    private:
-        const KRView* m_view = nullptr;
-        KRPoint m_offsetToWindow;
-        KRRect m_markedInWindow;
-        KRRect m_contentInWindow;
-        const SubviewDisplayCoverage* m_previous = nullptr;
-    };
+    class SubviewDisplayCoverage;
     // Draws the view's own content in its bounds coordinates; background, border and shadow are drawn for
     // it. The painter is already translated, clipped (when masksToBounds) and faded.
     virtual void draw(QPainter& painter, KRRect dirtyRect);
@@ -293,6 +284,7 @@ private:
     struct Animations;
     // Starts, replaces or cancels the animation of key for a change from the on-screen value to `to`.
     bool mayAnimateFrame() const;
+    bool movesQuietlyTo(KRPoint origin) const;
     void animateKey(const char* key, const KRAnimatableValue& presentationValue, const KRAnimatableValue& to);
     const KRPropertyAnimation* runningAnimation(const char* key) const;
     void setAnimatedDouble(const char* key, const char* observedKeyPath, double& field, double value);
@@ -327,4 +319,48 @@ private:
     bool m_subtreeNeedsLayout = false;
     bool m_needsTrackingAreaUpdate = false;
     bool m_subtreeNeedsTrackingAreaUpdate = false;
+};
+
+class KRView::SubviewDisplayCoverage {
+public:
+    explicit SubviewDisplayCoverage(KRView* view);
+    ~SubviewDisplayCoverage();
+    SubviewDisplayCoverage(const SubviewDisplayCoverage&) = delete;
+    SubviewDisplayCoverage& operator=(const SubviewDisplayCoverage&) = delete;
+
+    // Whether marking subview's frame would add nothing.
+    bool covers(const KRView& subview) const;
+    // Whether marking subview where it is and at newFrame would add nothing.
+    bool coversMove(const KRView& subview, KRRect newFrame) const;
+
+private:
+    // The edges of a rect in the covering view's coordinates, min past max when there is no such area.
+    struct Edges {
+        double minX = 0.0;
+        double maxX = -1.0;
+        double minY = 0.0;
+        double maxY = -1.0;
+    };
+    // A null rect has no edges: nothing lies inside it and nothing meets it.
+    static Edges edgesOf(KRRect rect) {
+        if (KRRectIsNull(rect)) {
+            constexpr double infinity = std::numeric_limits<double>::infinity();
+            return Edges{infinity, -infinity, infinity, -infinity};
+        }
+        const KRRect r = KRRectStandardize(rect);
+        return Edges{r.origin.x, r.origin.x + r.size.width, r.origin.y, r.origin.y + r.size.height};
+    }
+    bool mayCover(const KRView& subview) const;
+    bool coversEdges(const Edges& frame) const;
+    bool looksAreCovered(const Looks* looks) const;
+
+    const KRView* m_view = nullptr;
+    // Where the view marked itself, and the window's content, both in the view's own coordinates (where
+    // its subviews' frames are).
+    Edges m_marked;
+    Edges m_content;
+    // The last looks found free of shadow and scale: thousands of rows share a few looks blocks. Null
+    // stands for the default looks, which have neither.
+    mutable const Looks* m_coveredLooks = nullptr;
+    const SubviewDisplayCoverage* m_previous = nullptr;
 };
