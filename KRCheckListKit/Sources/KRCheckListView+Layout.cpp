@@ -66,11 +66,17 @@ KRCheckListViewLayout KRCheckListView::checkListViewLayoutForSize(KRSize size) c
     checkListViewTakeReportedSizes(size.width);
     KRCheckListViewLayout layout;
     layout.size = size;
-    layout.itemViewFrames.reserve(m_checkListItemViews.size());
+    const std::size_t count = m_checkListItemViews.size();
+    layout.itemViewFrames.resize(count);
+    KRRect* const frames = layout.itemViewFrames.data();
+    const KRSize* const kept = m_keptItemViewSizes.data();
     double y = 0.0;
-    for (std::size_t index = 0; index < m_checkListItemViews.size(); ++index) {
-        const KRSize itemSize = checkListViewSizeThatFitsOfItemAtIndex(index, size);
-        layout.itemViewFrames.push_back(KRRect{KRPoint{0.0, y}, itemSize});
+    for (std::size_t index = 0; index < count; ++index) {
+        // Most rows have a kept size; only the others are asked.
+        const KRSize itemSize = std::isnan(kept[index].height)
+                                    ? checkListViewSizeThatFitsOfItemAtIndex(index, size)
+                                    : kept[index];
+        frames[index] = KRRect{KRPoint{0.0, y}, itemSize};
         y += itemSize.height - borderWidth;
     }
     // An empty list wants no height at all, not even a border.
@@ -237,24 +243,31 @@ void KRCheckListView::checkListViewApplyItemViewFrames(const std::vector<KRRect>
             m_appliedItemViewFrames[index] = kUnknownFrame;
         }
     }
+    // The rows whose frames may change, found among the kept frames alone: a rows' worth of comparisons.
+    std::vector<std::size_t> changedIndexes;
+    const std::size_t framed = std::min(count, frames.size());
+    for (std::size_t index = 0; index < framed; ++index) {
+        if (m_appliedItemViewFrames[index] != frames[index]) {
+            changedIndexes.push_back(index);
+        }
+    }
+    for (std::size_t index = framed; index < count; ++index) {
+        if (m_appliedItemViewFrames[index] != KRRectZero) {
+            changedIndexes.push_back(index);
+        }
+    }
     // Once one row moves, the whole list is marked for display, and the rows it covers need not each mark
     // where they were and where they go: inserting at the top of a long list moves every row below.
     std::optional<KRView::SubviewDisplayCoverage> displayCoverage;
-    const auto frameAt = [&frames](std::size_t index) {
-        return index < frames.size() ? frames[index] : KRRectZero;
-    };
-    for (std::size_t index = 0; index < count; ++index) {
+    for (std::size_t position = 0; position < changedIndexes.size(); ++position) {
         // Rows that move are read one after the other: ask for those a little ahead so as not to wait on
         // each.
-        const std::size_t ahead = index + kListPassPrefetchDistance;
-        if (ahead < count && m_appliedItemViewFrames[ahead] != frameAt(ahead)) {
-            m_checkListItemViews[ahead]->prefetchPlacementState();
+        if (position + kListPassPrefetchDistance < changedIndexes.size()) {
+            m_checkListItemViews[changedIndexes[position + kListPassPrefetchDistance]]
+                ->prefetchPlacementState();
         }
-        const KRRect frame = frameAt(index);
-        KRRect& applied = m_appliedItemViewFrames[index];
-        if (applied == frame) {
-            continue;
-        }
+        const std::size_t index = changedIndexes[position];
+        const KRRect frame = index < framed ? frames[index] : KRRectZero;
         KRCheckListItemView* itemView = m_checkListItemViews[index].get();
         if (itemView->frame() != frame) {
             if (!displayCoverage) {
@@ -262,7 +275,7 @@ void KRCheckListView::checkListViewApplyItemViewFrames(const std::vector<KRRect>
             }
             checkListViewPlaceItemView(*itemView, frame, placesDraggedRowsAtOnce);
         }
-        applied = itemView->frame();
+        m_appliedItemViewFrames[index] = itemView->frame();
     }
 }
 

@@ -248,15 +248,18 @@ KRAttributedString KRTextView::attributedString() const {
     return result;
 }
 
+// The text and its runs go in as one change of the document, laid out once.
 void KRTextView::setAttributedString(const KRAttributedString& string) {
     const double fixedLineHeight = string.leadingAttributes().fixedLineHeight();
     if (fixedLineHeight > 0.0) {
         m_fixedLineHeight = fixedLineHeight;
     }
-    setString(string.string());
-    for (const KRAttributedString::Run& run : string.runs()) {
-        setAttributesForRange(run.attributes, run.range);
-    }
+    performDocumentChanges([this, &string] {
+        setString(string.string());
+        for (const KRAttributedString::Run& run : string.runs()) {
+            setAttributesForRange(run.attributes, run.range);
+        }
+    });
     setNeedsDisplay();
 }
 

@@ -683,42 +683,13 @@ KRView::SubviewDisplayCoverage::~SubviewDisplayCoverage() {
     }
 }
 
-bool KRView::SubviewDisplayCoverage::looksAreCovered(const Looks* looks) const {
-    if (looks == m_coveredLooks) {
-        return true;
-    }
+bool KRView::SubviewDisplayCoverage::looksAreCoveredAfterAll(const Looks* looks) const {
     const Looks& shown = looks ? *looks : defaultLooks();
     if (shown.shadowOpacity > 0.0 || shown.scale != 1.0) {
         return false;
     }
     m_coveredLooks = looks;
     return true;
-}
-
-// Called for every row a long list moves: a few comparisons on the subview's own fields.
-bool KRView::SubviewDisplayCoverage::covers(const KRView& subview) const {
-    return mayCover(subview) && coversEdges(edgesOf(subview.m_frame));
-}
-
-bool KRView::SubviewDisplayCoverage::coversMove(const KRView& subview, KRRect newFrame) const {
-    return mayCover(subview) && coversEdges(edgesOf(subview.m_frame)) && coversEdges(edgesOf(newFrame));
-}
-
-bool KRView::SubviewDisplayCoverage::mayCover(const KRView& subview) const {
-    return m_view && subview.m_parent == reinterpret_cast<std::uintptr_t>(m_view) &&
-           !(subview.m_animations && subview.hasRunningAnimations()) && looksAreCovered(subview.m_looks);
-}
-
-bool KRView::SubviewDisplayCoverage::coversEdges(const Edges& frame) const {
-    const bool insideMarked = frame.minX >= m_marked.minX && frame.minY >= m_marked.minY &&
-                              frame.maxX <= m_marked.maxX && frame.maxY <= m_marked.maxY;
-    if (insideMarked) {
-        return true;
-    }
-    // Strict, as for intersecting rects: touching the content's edge does not reach into it.
-    const bool reachesContent = std::max(frame.minX, m_content.minX) < std::min(frame.maxX, m_content.maxX) &&
-                                std::max(frame.minY, m_content.minY) < std::min(frame.maxY, m_content.maxY);
-    return !reachesContent;
 }
 
 // A move that animates nothing and whose marks for display a coverage makes unnecessary, both where the
