@@ -2,6 +2,7 @@
 
 #include "Animation/KRAnimationTransaction.h"
 #include "Foundation/KRClock.h"
+#include "Views/KRMarkedSubviews.h"
 #include "Views/KRTrackingArea.h"
 #include "Views/KRWindow.h"
 
@@ -16,6 +17,51 @@ namespace {
 
 // How many subviews ahead a pass over all subviews asks for their state: enough to cover a load from memory.
 constexpr std::size_t kSubviewPrefetchDistance = 8;
+
+// From this many subviews on, a view lists the subviews that ask for a pass rather than have the pass read
+// every one; below it, reading them all is cheap and needs no bookkeeping.
+constexpr std::size_t kListedSubviewsThreshold = 32;
+
+// Never destroyed: views torn down during static destruction still take themselves off.
+KRMarkedSubviews& layoutRequests() {
+    static auto* const lists = new KRMarkedSubviews();
+    return *lists;
+}
+
+KRMarkedSubviews& trackingAreaRequests() {
+    static auto* const lists = new KRMarkedSubviews();
+    return *lists;
+}
+
+// The subviews that passes over listed subviews are visiting, innermost first. Such a pass holds its
+// subview by nothing else, so one that leaves its superview during its own visit parks its owning pointer
+// here and goes away when the visit ends, as it would under a pass that held it.
+struct SubviewVisit;
+SubviewVisit* innermostSubviewVisit = nullptr;
+
+struct SubviewVisit {
+    explicit SubviewVisit(const KRView* visited) : view(visited), outer(innermostSubviewVisit) {
+        innermostSubviewVisit = this;
+    }
+    ~SubviewVisit() { innermostSubviewVisit = outer; }
+    SubviewVisit(const SubviewVisit&) = delete;
+    SubviewVisit& operator=(const SubviewVisit&) = delete;
+
+    const KRView* view;
+    SubviewVisit* outer;
+    std::shared_ptr<KRView> parked;
+};
+
+void parkIfVisited(std::shared_ptr<KRView>& owner) {
+    for (SubviewVisit* visit = innermostSubviewVisit; visit; visit = visit->outer) {
+        if (visit->view == owner.get()) {
+            if (!visit->parked) {
+                visit->parked = std::move(owner);
+            }
+            return;
+        }
+    }
+}
 
 const char* const KRFrameOriginKey = "frameOrigin";
 const char* const KRFrameSizeKey = "frameSize";
@@ -67,9 +113,15 @@ KRView::~KRView() {
     KRWindow* const formerWindow = window();
     for (const auto& subview : m_subviews) {
         subview->m_parent = 0;
+        subview->m_listedForLayout = false;
+        subview->m_listedForTrackingAreas = false;
         if (formerWindow) {
             subview->windowDidChange(nullptr);
         }
+    }
+    if (m_listsMarkedSubviews) {
+        layoutRequests().forget(this);
+        trackingAreaRequests().forget(this);
     }
     releaseLooks(std::exchange(m_looks, nullptr));
 }
@@ -167,12 +219,13 @@ void KRView::addSubviewPositionedRelativeTo(const std::shared_ptr<KRView>& view,
     if (!movingAmongSiblings) {
         KRWindow* const formerWindow = view->window();
         view->m_parent = reinterpret_cast<std::uintptr_t>(this);
+        if (!m_listsMarkedSubviews && m_subviews.size() >= kListedSubviewsThreshold) {
+            beginListingMarkedSubviews();
+        }
         if (KRWindow* const newWindow = window(); newWindow != formerWindow) {
             view->windowDidChange(newWindow);
         }
-        if (view->m_needsLayout || view->m_subtreeNeedsLayout) {
-            view->noteSubtreeNeedsLayout();
-        }
+        view->carryMarksIntoSuperview();
         view->viewDidMoveToSuperview();
     }
     view->setNeedsDisplay();
@@ -218,12 +271,19 @@ void KRView::removeSubviews(std::span<KRView* const> views) {
     for (auto& subview : m_subviews) {
         if (leaving.contains(subview.get())) {
             subview->m_parent = 0;
+            subview->m_listedForLayout = false;
+            subview->m_listedForTrackingAreas = false;
             keepAlive.push_back(std::move(subview));
         } else {
             *kept++ = std::move(subview);
         }
     }
     m_subviews.erase(kept, m_subviews.end());
+    if (m_listsMarkedSubviews) {
+        const auto left = [this](const KRView* view) { return view->superview() != this; };
+        layoutRequests().removeIf(this, left);
+        trackingAreaRequests().removeIf(this, left);
+    }
     // A view that a hook took out meanwhile has heard of that move already.
     std::vector<const KRView*> removed;
     removed.reserve(keepAlive.size());
@@ -240,11 +300,17 @@ void KRView::removeSubviews(std::span<KRView* const> views) {
         }
         view->viewDidMoveToSuperview();
     }
+    if (innermostSubviewVisit) {
+        for (auto& view : keepAlive) {
+            parkIfVisited(view);
+        }
+    }
 }
 
 // Kept separate so the last owner can go away at the very end, after nothing touches this view any more.
 void KRView::detachFromSuperview() {
     KRWindow* const formerWindow = window();
+    leaveSuperviewsLists();
     auto& siblings = superview()->m_subviews;
     auto it = std::find_if(siblings.begin(), siblings.end(),
                            [this](const auto& subview) { return subview.get() == this; });
@@ -258,6 +324,70 @@ void KRView::detachFromSuperview() {
         windowDidChange(nullptr);
     }
     viewDidMoveToSuperview();
+    parkIfVisited(keepAlive);
+}
+
+// A view with pending work that joins a superview makes its new ancestors pass by it.
+void KRView::carryMarksIntoSuperview() {
+    if (m_needsLayout || m_subtreeNeedsLayout) {
+        noteSubtreeNeedsLayout();
+    }
+    if (m_needsTrackingAreaUpdate || m_subtreeNeedsTrackingAreaUpdate) {
+        noteSubtreeNeedsTrackingAreaUpdate();
+        if (KRWindow* const window = this->window()) {
+            window->setNeedsUpdate();
+        }
+    }
+}
+
+// Once a view has many subviews, for the rest of its life; those that asked before are listed now.
+void KRView::beginListingMarkedSubviews() {
+    m_listsMarkedSubviews = true;
+    for (const auto& subview : m_subviews) {
+        if (subview->m_needsLayout || subview->m_subtreeNeedsLayout) {
+            subview->listForLayoutUnder(this);
+        }
+        if (subview->m_needsTrackingAreaUpdate || subview->m_subtreeNeedsTrackingAreaUpdate) {
+            subview->listForTrackingAreasUnder(this);
+        }
+    }
+}
+
+void KRView::listForLayoutUnder(KRView* parent) {
+    if (!parent->m_listsMarkedSubviews || parent->m_readsAllSubviewsForLayout || m_listedForLayout) {
+        return;
+    }
+    const auto unlist = [](KRView* listed) { listed->m_listedForLayout = false; };
+    if (layoutRequests().add(parent, this, parent->m_subviews.size(), unlist)) {
+        m_listedForLayout = true;
+    } else {
+        parent->m_readsAllSubviewsForLayout = true;
+    }
+}
+
+void KRView::listForTrackingAreasUnder(KRView* parent) {
+    if (!parent->m_listsMarkedSubviews || parent->m_readsAllSubviewsForTrackingAreas ||
+        m_listedForTrackingAreas) {
+        return;
+    }
+    const auto unlist = [](KRView* listed) { listed->m_listedForTrackingAreas = false; };
+    if (trackingAreaRequests().add(parent, this, parent->m_subviews.size(), unlist)) {
+        m_listedForTrackingAreas = true;
+    } else {
+        parent->m_readsAllSubviewsForTrackingAreas = true;
+    }
+}
+
+// Lists hold a view only while it is a subview, so that they never hold one that is gone.
+void KRView::leaveSuperviewsLists() {
+    if (m_listedForLayout) {
+        m_listedForLayout = false;
+        layoutRequests().remove(superview(), this);
+    }
+    if (m_listedForTrackingAreas) {
+        m_listedForTrackingAreas = false;
+        trackingAreaRequests().remove(superview(), this);
+    }
 }
 
 bool KRView::isDescendantOf(const KRView* view) const {
@@ -605,10 +735,16 @@ void KRView::setNeedsLayout(bool needsLayout) {
     noteSubtreeNeedsLayout();
 }
 
-// Ancestors remember that something below them needs layout, so a pass skips clean subtrees.
+// Ancestors remember that something below them needs layout, so a pass skips clean subtrees; one with many
+// subviews also lists which of them to visit.
 void KRView::noteSubtreeNeedsLayout() {
+    KRView* marked = this;
     KRView* ancestor = superview();
-    for (; ancestor && !ancestor->m_subtreeNeedsLayout; ancestor = ancestor->superview()) {
+    for (; ancestor; marked = ancestor, ancestor = ancestor->superview()) {
+        marked->listForLayoutUnder(ancestor);
+        if (ancestor->m_subtreeNeedsLayout) {
+            break;
+        }
         ancestor->m_subtreeNeedsLayout = true;
     }
     // From where the walk stopped: the root above it is the same.
@@ -628,18 +764,48 @@ void KRView::layoutIfNeeded() {
         }
         if (m_subtreeNeedsLayout) {
             m_subtreeNeedsLayout = false;
-            // A list of thousands of rows comes through here for the one row that changed: the clean rows
-            // are only read (a little ahead), and only a row laid out is held while it lays out.
-            for (std::size_t i = 0; i < m_subviews.size(); ++i) {
-                if (i + kSubviewPrefetchDistance < m_subviews.size()) {
-                    __builtin_prefetch(&m_subviews[i + kSubviewPrefetchDistance]->m_needsLayout);
-                }
-                const KRView& subview = *m_subviews[i];
-                if (subview.m_needsLayout || subview.m_subtreeNeedsLayout) {
-                    const std::shared_ptr<KRView> laidOut = m_subviews[i];
-                    laidOut->layoutIfNeeded();
-                }
+            if (m_listsMarkedSubviews) {
+                layoutListedSubviews();
+            } else {
+                layoutSubviewsThatNeedIt();
             }
+        }
+    }
+}
+
+// The clean subviews are only read (a little ahead), and only a subview laid out is held while it lays out.
+void KRView::layoutSubviewsThatNeedIt() {
+    for (std::size_t i = 0; i < m_subviews.size(); ++i) {
+        if (i + kSubviewPrefetchDistance < m_subviews.size()) {
+            __builtin_prefetch(&m_subviews[i + kSubviewPrefetchDistance]->m_needsLayout);
+        }
+        const KRView& subview = *m_subviews[i];
+        if (subview.m_needsLayout || subview.m_subtreeNeedsLayout) {
+            const std::shared_ptr<KRView> laidOut = m_subviews[i];
+            laidOut->layoutIfNeeded();
+        }
+    }
+}
+
+// A list of thousands of rows comes through here for the one row that changed, and visits that row alone.
+// The rows listed when the round starts go in the order they asked; rows that ask meanwhile (a row's layout
+// marking a sibling) go in the caller's next round. When a good share of the rows asked (new rows), all are
+// read, in subview order.
+void KRView::layoutListedSubviews() {
+    if (m_readsAllSubviewsForLayout) {
+        m_readsAllSubviewsForLayout = false;
+        layoutSubviewsThatNeedIt();
+        return;
+    }
+    KRMarkedSubviews::Round round(layoutRequests(), this);
+    while (KRView* const subview = round.next()) {
+        if (const KRView* const later = round.ahead(kSubviewPrefetchDistance)) {
+            __builtin_prefetch(&later->m_needsLayout);
+        }
+        subview->m_listedForLayout = false;
+        if (subview->m_needsLayout || subview->m_subtreeNeedsLayout) {
+            const SubviewVisit visit(subview);
+            subview->layoutIfNeeded();
         }
     }
 }
@@ -867,11 +1033,20 @@ void KRView::setNeedsTrackingAreaUpdate() {
         return;
     }
     m_needsTrackingAreaUpdate = true;
-    for (KRView* ancestor = superview(); ancestor && !ancestor->m_subtreeNeedsTrackingAreaUpdate;
-         ancestor = ancestor->superview()) {
+    noteSubtreeNeedsTrackingAreaUpdate();
+    window->setNeedsUpdate();
+}
+
+// As for layout: ancestors remember the way down, and one with many subviews lists which of them to visit.
+void KRView::noteSubtreeNeedsTrackingAreaUpdate() {
+    KRView* marked = this;
+    for (KRView* ancestor = superview(); ancestor; marked = ancestor, ancestor = ancestor->superview()) {
+        marked->listForTrackingAreasUnder(ancestor);
+        if (ancestor->m_subtreeNeedsTrackingAreaUpdate) {
+            return;
+        }
         ancestor->m_subtreeNeedsTrackingAreaUpdate = true;
     }
-    window->setNeedsUpdate();
 }
 
 void KRView::updateTrackingAreasIfNeeded() {
@@ -883,10 +1058,36 @@ void KRView::updateTrackingAreasIfNeeded() {
         return;
     }
     m_subtreeNeedsTrackingAreaUpdate = false;
-    // By index: an update may change the tree.
+    if (m_listsMarkedSubviews) {
+        updateTrackingAreasOfListedSubviews();
+    } else {
+        updateTrackingAreasOfSubviews();
+    }
+}
+
+// By index: an update may change the tree.
+void KRView::updateTrackingAreasOfSubviews() {
     for (std::size_t i = 0; i < m_subviews.size(); ++i) {
         const std::shared_ptr<KRView> subview = m_subviews[i];
         if (subview->m_needsTrackingAreaUpdate || subview->m_subtreeNeedsTrackingAreaUpdate) {
+            subview->updateTrackingAreasIfNeeded();
+        }
+    }
+}
+
+// The subviews listed when the pass starts, in the order they asked (or all, in subview order, when a good
+// share asked); those that ask during it are for the next pass, which their asking schedules.
+void KRView::updateTrackingAreasOfListedSubviews() {
+    if (m_readsAllSubviewsForTrackingAreas) {
+        m_readsAllSubviewsForTrackingAreas = false;
+        updateTrackingAreasOfSubviews();
+        return;
+    }
+    KRMarkedSubviews::Round round(trackingAreaRequests(), this);
+    while (KRView* const subview = round.next()) {
+        subview->m_listedForTrackingAreas = false;
+        if (subview->m_needsTrackingAreaUpdate || subview->m_subtreeNeedsTrackingAreaUpdate) {
+            const SubviewVisit visit(subview);
             subview->updateTrackingAreasIfNeeded();
         }
     }

@@ -146,6 +146,8 @@ public:
     // Marks the view; the window lays it out once on its next pass (or layoutIfNeeded does it now).
     void setNeedsLayout(bool needsLayout);
     // Lays out this view if it needs it, then every descendant that needs it, parents before children.
+    // Siblings go in subview order, except under a view with many subviews of which few asked: there they go
+    // in the order they asked.
     void layoutIfNeeded();
     virtual void layoutSubviews() {}
     virtual KRSize sizeThatFits(KRSize size) const;
@@ -294,6 +296,16 @@ private:
     QColor presentationColor(const char* key, const QColor& modelValue) const;
     void cancelAnimation(const char* key);
     void noteSubtreeNeedsLayout();
+    void layoutSubviewsThatNeedIt();
+    void layoutListedSubviews();
+    void noteSubtreeNeedsTrackingAreaUpdate();
+    void updateTrackingAreasOfSubviews();
+    void updateTrackingAreasOfListedSubviews();
+    void beginListingMarkedSubviews();
+    void listForLayoutUnder(KRView* parent);
+    void listForTrackingAreasUnder(KRView* parent);
+    void carryMarksIntoSuperview();
+    void leaveSuperviewsLists();
     void frameDidChange(bool sizeChanged);
     void detachFromSuperview();
 
@@ -320,6 +332,14 @@ private:
     bool m_subtreeNeedsLayout = false;
     bool m_needsTrackingAreaUpdate = false;
     bool m_subtreeNeedsTrackingAreaUpdate = false;
+    // A view with many subviews lists those that ask for a pass (KRMarkedSubviews) rather than have the pass
+    // read them all, unless so many asked that its next pass reads them all anyway; the last two bits say
+    // whether this view is on its superview's lists. They fill the byte the flags above leave over.
+    bool m_listsMarkedSubviews : 1 = false;
+    bool m_readsAllSubviewsForLayout : 1 = false;
+    bool m_readsAllSubviewsForTrackingAreas : 1 = false;
+    bool m_listedForLayout : 1 = false;
+    bool m_listedForTrackingAreas : 1 = false;
 };
 
 class KRView::SubviewDisplayCoverage {
