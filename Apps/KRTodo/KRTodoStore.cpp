@@ -31,6 +31,47 @@ KRIndexSet indexesBelow(const KRIndexSet& indexes, KRUInteger count) {
     return indexes.indexSetByIntersectingIndexes(KRIndexSet(KRRange{0, count}));
 }
 
+// Where the selected items are after items were inserted at the final positions `inserted`.
+KRIndexSet selectionAfterInserting(const KRIndexSet& selected, const KRIndexSet& inserted) {
+    KRMutableIndexSet shifted;
+    for (KRUInteger index : selected) {
+        for (const KRUInteger insertedIndex : inserted) {
+            if (insertedIndex > index) {
+                break;
+            }
+            ++index;
+        }
+        shifted.addIndex(index);
+    }
+    return shifted;
+}
+
+// Where the selected items that remain are after the items at `removed` went away.
+KRIndexSet selectionAfterRemoving(const KRIndexSet& selected, const KRIndexSet& removed) {
+    KRMutableIndexSet shifted;
+    for (const KRUInteger index : selected) {
+        if (removed.containsIndex(index)) {
+            continue;
+        }
+        KRUInteger removedBefore = 0;
+        for (const KRRange range : removed.ranges()) {
+            if (range.location >= index) {
+                break;
+            }
+            removedBefore += range.length;
+        }
+        shifted.addIndex(index - removedBefore);
+    }
+    return shifted;
+}
+
+// A client that inserts or removes items sets the list's selection itself: the list leaves it as it was.
+void followSelection(KRCheckListView* checkListView, const KRIndexSet& selected) {
+    if (checkListView && selected != checkListView->indexesForSelectedItems()) {
+        checkListView->selectItemsAtIndexesByExtendingSelection(selected, false);
+    }
+}
+
 // Titles are one paragraph; a dump keeps every item on its own line.
 QString titleOnOneLine(QString title) {
     for (const QChar lineBreak :
@@ -104,6 +145,10 @@ void KRTodoStore::insertItems(std::vector<KRTodoItem> items, const KRIndexSet& i
     }
     reportToList(checkListView,
                  [&](KRCheckListView& list) { list.updateByInsertingItemsAtIndexes(inserted); });
+    if (checkListView) {
+        followSelection(checkListView,
+                        selectionAfterInserting(checkListView->indexesForSelectedItems(), inserted));
+    }
 }
 
 void KRTodoStore::removeItems(const KRIndexSet& indexes, KRCheckListView* checkListView) {
@@ -116,6 +161,10 @@ void KRTodoStore::removeItems(const KRIndexSet& indexes, KRCheckListView* checkL
         m_items.erase(m_items.begin() + static_cast<std::ptrdiff_t>(*position));
     }
     reportToList(checkListView, [&](KRCheckListView& list) { list.updateByRemovingItemsAtIndexes(removed); });
+    if (checkListView) {
+        followSelection(checkListView,
+                        selectionAfterRemoving(checkListView->indexesForSelectedItems(), removed));
+    }
 }
 
 void KRTodoStore::moveItems(const KRIndexSet& indexes, KRUInteger toIndex, KRCheckListView* checkListView) {

@@ -35,7 +35,8 @@ public:
     // Changes of the items. Each one changes the items, then reports the change to checkListView, when
     // there is one, between beginUpdates and endUpdates. Indexes mean what the list's updates take: the
     // final positions of inserted items, the positions before a removal, and for a move both the moved
-    // indexes and toIndex counted before the move.
+    // indexes and toIndex counted before the move. After an insertion or a removal the list's selection is
+    // set again so that it names the same items (a removed item leaves it).
     void insertItems(std::vector<KRTodoItem> items, const KRIndexSet& indexes,
                      KRCheckListView* checkListView);
     void removeItems(const KRIndexSet& indexes, KRCheckListView* checkListView);

@@ -51,7 +51,7 @@ bool KRCheckListView::canInsertItemTop() const {
 void KRCheckListView::insertItemTop() {
     endEditing();
     insertItemAtIndex(0);
-    beginEditingItemAtIndexSelectRange(0, KRCheckListCaretAtEnd);
+    checkListViewBeginEditingItemIfPresent(0, KRCheckListCaretAtEnd);
 }
 
 bool KRCheckListView::canInsertItemBottom() const {
@@ -62,7 +62,7 @@ void KRCheckListView::insertItemBottom() {
     const KRUInteger index = numberOfItems();
     endEditing();
     insertItemAtIndex(index);
-    beginEditingItemAtIndexSelectRange(index, KRCheckListCaretAtEnd);
+    checkListViewBeginEditingItemIfPresent(index, KRCheckListCaretAtEnd);
 }
 
 bool KRCheckListView::canInsertItemAboveEditedOrSelectedItems() const {
@@ -73,7 +73,7 @@ void KRCheckListView::insertItemAboveEditedOrSelectedItems() {
     const KRUInteger index = targetIndexForInsertingItemAboveEditedOrSelectedItems();
     endEditing();
     insertItemAtIndex(index);
-    beginEditingItemAtIndexSelectRange(index, KRCheckListCaretAtEnd);
+    checkListViewBeginEditingItemIfPresent(index, KRCheckListCaretAtEnd);
 }
 
 bool KRCheckListView::canInsertItemBelowEditedOrSelectedItems() const {
@@ -84,7 +84,7 @@ void KRCheckListView::insertItemBelowEditedOrSelectedItems() {
     const KRUInteger index = targetIndexForInsertingItemBelowEditedOrSelectedItems();
     endEditing();
     insertItemAtIndex(index);
-    beginEditingItemAtIndexSelectRange(index, KRCheckListCaretAtEnd);
+    checkListViewBeginEditingItemIfPresent(index, KRCheckListCaretAtEnd);
 }
 
 // Moving: the moving update keeps an edited item edited, with its caret, at its new place
@@ -141,10 +141,11 @@ void KRCheckListView::deleteEditedOrSelectedItemsBackward() {
     const KRUInteger count = numberOfItems();
     const KRUInteger first = indexes.firstIndex();
     if (first != KRNotFound && first != 0) {
-        beginEditingItemAtIndexSelectRange(first - 1, KRCheckListCaretAtEnd);
+        checkListViewBeginEditingItemIfPresent(first - 1, KRCheckListCaretAtEnd);
     } else if (count > 0) {
         beginEditingItemAtIndexSelectRange(0, KRCheckListCaretAtStart);
     }
+    checkListViewDeselectUnlessEditing();
 }
 
 bool KRCheckListView::canDeleteEditedOrSelectedItemsForward() const {
@@ -163,6 +164,23 @@ void KRCheckListView::deleteEditedOrSelectedItemsForward() {
     }
     if (count > 0 && first >= count) {
         beginEditingItemAtIndexSelectRange(count - 1, KRCheckListCaretAtEnd);
+    }
+    checkListViewDeselectUnlessEditing();
+}
+
+bool KRCheckListView::checkListViewBeginEditingItemIfPresent(KRUInteger index, KRRange range) {
+    if (index >= numberOfItems()) {
+        return false;
+    }
+    beginEditingItemAtIndexSelectRange(index, range);
+    return true;
+}
+
+// Deleting every item, or a data source that removed more than asked, leaves no row to edit; a selection
+// the client did not set again would otherwise keep pointing past the rows.
+void KRCheckListView::checkListViewDeselectUnlessEditing() {
+    if (m_indexForEditedItem == KRNotFound && !m_indexesForSelectedItems.isEmpty()) {
+        deselectAllItems();
     }
 }
 
@@ -232,7 +250,7 @@ const KRSelector& selectAllAction() {
 
 // Cut, copy and delete look at the selection only: an item that is merely edited is not theirs.
 bool KRCheckListView::canCut() const {
-    return !m_indexesForSelectedItems.isEmpty();
+    return !checkListViewIndexesForSelectedItemsInRows().isEmpty();
 }
 
 void KRCheckListView::cut() {
@@ -241,7 +259,7 @@ void KRCheckListView::cut() {
 }
 
 bool KRCheckListView::canCopy() const {
-    return !m_indexesForSelectedItems.isEmpty();
+    return !checkListViewIndexesForSelectedItemsInRows().isEmpty();
 }
 
 // Writing items to the pasteboard arrives with the clipboard support; until then copying writes nothing.
@@ -258,7 +276,7 @@ bool KRCheckListView::canPaste() const {
 void KRCheckListView::paste() {}
 
 bool KRCheckListView::canDelete() const {
-    return !m_indexesForSelectedItems.isEmpty();
+    return !checkListViewIndexesForSelectedItemsInRows().isEmpty();
 }
 
 void KRCheckListView::delete_() {

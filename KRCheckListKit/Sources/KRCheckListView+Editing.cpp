@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <stdexcept>
 
 #define KR_CHECKLIST_VIEW_ASSERT(condition, method, message)                                                 \
     KRAssert((condition), QStringLiteral(method), this, QStringLiteral("KRCheckListView"), __LINE__,         \
@@ -37,6 +38,10 @@ void KRCheckListView::beginEditingItemAtIndexInsertionPoint(KRUInteger index, KR
 
 void KRCheckListView::beginEditingItemAtIndexSelectRangeUseTrackedInsertionPointInFirstLineInLastLine(
     KRUInteger index, KRRange range, bool useTrackedInsertionPoint, bool inFirstLine, bool inLastLine) {
+    // Refused before anything changes, so a wrong index leaves the edit and the selection as they were.
+    if (index >= numberOfItems()) {
+        throw std::out_of_range("beginEditingItemAtIndex:selectRange: index beyond the end of the rows");
+    }
     m_beginningEditing = true;
     if (m_indexForEditedItem != KRNotFound) {
         endEditing();

@@ -78,6 +78,7 @@ struct KRCheckListView::CommandContext {
     KRUInteger caret = KRNotFound;
     KRUInteger selectionEnd = 0;
     bool wholeTitleSelected = false;
+    KRIndexSet selectedIndexes;
     KRUInteger firstSelected = KRNotFound;
     KRUInteger lastSelected = KRNotFound;
     KRUInteger aboveSelection = KRNotFound;
@@ -184,8 +185,10 @@ void KRCheckListView::checkListViewReadCommandContext(CommandContext& context) c
     context.wholeTitleSelected = context.selection.length != 0 && context.selection.location == 0 &&
                                  context.selection.length == context.length;
 
-    context.firstSelected = m_indexesForSelectedItems.firstIndex();
-    context.lastSelected = m_indexesForSelectedItems.lastIndex();
+    // Numbers a client left past the rows are not selected items.
+    context.selectedIndexes = checkListViewIndexesForSelectedItemsInRows();
+    context.firstSelected = context.selectedIndexes.firstIndex();
+    context.lastSelected = context.selectedIndexes.lastIndex();
     if (context.firstSelected != KRNotFound && context.firstSelected > 0) {
         context.aboveSelection = context.firstSelected - 1;
     }
@@ -307,7 +310,7 @@ bool KRCheckListView::checkListViewApplyCommand(const KRSelector& selector, cons
     }
     if (isNewline && context.hasSelection()) {
         insertItemAtIndex(context.lastSelected + 1);
-        beginEditingItemAtIndexSelectRange(context.lastSelected + 1, KRCheckListCaretAtStart);
+        checkListViewBeginEditingItemIfPresent(context.lastSelected + 1, KRCheckListCaretAtStart);
         return true;
     }
     if (selector == is.moveUp && context.selection.length == 0 && !context.notFirstLine &&
@@ -487,7 +490,14 @@ void KRCheckListView::checkListViewInsertNewline(const CommandContext& context) 
     const KRUInteger target = context.below != KRNotFound ? context.below : context.count;
     const QString head = context.text.left(static_cast<qsizetype>(context.selection.location));
     const QString tail = context.text.mid(static_cast<qsizetype>(context.selectionEnd));
+    const KRCheckListItemView* editedItemView = m_checkListItemViews[edited].get();
     insertItemAtIndex(target);
+    // Cutting the title in two needs the new row below it; without one the tail would be lost.
+    const bool inserted = target < numberOfItems() && edited < numberOfItems() &&
+                          m_checkListItemViews[edited].get() == editedItemView;
+    if (!inserted) {
+        return;
+    }
     m_checkListItemViews[edited]->setTitle(
         checkListViewValidateChangedTitleForItemAtIndex(this, head, edited));
     m_checkListItemViews[target]->setTitle(
@@ -499,7 +509,7 @@ void KRCheckListView::checkListViewInsertNewline(const CommandContext& context) 
 // Shift-Up: shrinks the selection from the bottom while it reaches below the pivot, else grows it upward.
 void KRCheckListView::checkListViewSelectRangeUpward(const CommandContext& context) {
     KRMutableIndexSet indexes;
-    indexes.addIndexes(m_indexesForSelectedItems);
+    indexes.addIndexes(context.selectedIndexes);
     if (context.isEditing() && !context.hasSelection()) {
         indexes.addIndex(context.edited);
         if (context.above != KRNotFound) {
@@ -521,7 +531,7 @@ void KRCheckListView::checkListViewSelectRangeUpward(const CommandContext& conte
 // Shift-Down: the mirror image; with nothing edited or selected it too starts from the first item.
 void KRCheckListView::checkListViewSelectRangeDownward(const CommandContext& context) {
     KRMutableIndexSet indexes;
-    indexes.addIndexes(m_indexesForSelectedItems);
+    indexes.addIndexes(context.selectedIndexes);
     if (context.isEditing() && !context.hasSelection()) {
         indexes.addIndex(context.edited);
         if (context.below != KRNotFound) {

@@ -7,10 +7,20 @@
 #include <algorithm>
 
 KRIndexSet KRCheckListView::indexesForEditedOrSelectedItems() const {
+    const KRIndexSet selectedIndexes = checkListViewIndexesForSelectedItemsInRows();
     if (m_indexForEditedItem == KRNotFound) {
+        return selectedIndexes;
+    }
+    return selectedIndexes.indexSetByAddingIndex(m_indexForEditedItem);
+}
+
+// A client that removed selected items and has not set the selection again leaves numbers past the rows.
+KRIndexSet KRCheckListView::checkListViewIndexesForSelectedItemsInRows() const {
+    const KRUInteger last = m_indexesForSelectedItems.lastIndex();
+    if (last == KRNotFound || last < numberOfItems()) {
         return m_indexesForSelectedItems;
     }
-    return m_indexesForSelectedItems.indexSetByAddingIndex(m_indexForEditedItem);
+    return m_indexesForSelectedItems.indexSetByIntersectingIndexes(KRIndexSet(KRRange{0, numberOfItems()}));
 }
 
 // Selecting ends a running edit (the two exclude each other), visits every row and leaves the pivot alone.

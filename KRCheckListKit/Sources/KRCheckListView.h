@@ -99,7 +99,13 @@ public:
         return m_dropPlaceholderContentView;
     }
     KRUInteger indexForEditedItem() const { return m_indexForEditedItem; }
+    // The selection as last set. An update that removes items leaves it to the client to set the selection
+    // again; until it does, the selection may hold numbers at or past numberOfItems(). Those numbers are
+    // ignored by everything that acts on the selection: the commands, their predicates and menu validation,
+    // the keyboard's selection rules, range selection, copy and paste all see only the selected items that
+    // still exist (see indexesForEditedOrSelectedItems), so a stale number is as if it were not selected.
     const KRIndexSet& indexesForSelectedItems() const { return m_indexesForSelectedItems; }
+    // The operand of every item command: the selected items that exist, plus the edited item.
     KRIndexSet indexesForEditedOrSelectedItems() const;
     KRInteger pivotIndex() const { return m_pivotIndex; }
     bool hasFocus() const { return m_hasFocus; }
@@ -482,6 +488,15 @@ private:
     // that order), configured inside one update of the row; reloadItems also gives it a minimum height.
     std::shared_ptr<KRCheckListItemView>
     checkListViewMakeItemViewForItemAtIndex(KRUInteger index, std::optional<double> minHeight);
+
+    // The selected indexes below numberOfItems(); stale numbers past the rows are left out.
+    KRIndexSet checkListViewIndexesForSelectedItemsInRows() const;
+    // The list's own commands edit an item after an operation the data source carries out; a data source
+    // that refused or changed the operation may leave the intended index without a row. Answers whether the
+    // edit began.
+    bool checkListViewBeginEditingItemIfPresent(KRUInteger index, KRRange range);
+    // A command that removed items and began no edit leaves nothing selected.
+    void checkListViewDeselectUnlessEditing();
 
     // Clicks: after the press that began editing is released, the caret goes to the clicked character.
     void checkListViewPlaceCaretAfterClick(const KREvent& press);

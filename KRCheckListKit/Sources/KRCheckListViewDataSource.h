@@ -11,6 +11,16 @@ class KRCheckListView;
 
 // The client that owns a list's items. Pure virtual methods are required; the others are optional, and a
 // data source implements one by overriding it (see KRClientMethods). The list holds its data source weakly.
+//
+// The selection after a change: an update that inserts or removes items leaves the list's selection as it
+// was, and a data source that inserts or removes items while some are selected sets the selection again
+// itself (selectItemsAtIndexesByExtendingSelection). The list's own commands that remove items (delete,
+// cut, the merges of Return and Backspace, a paste that replaces the selection) end with an edited item or
+// with nothing selected. A data source that forgets leaves selected numbers that may name other items, or
+// none: numbers at or past numberOfItems() are ignored by every command, predicate, key and click (they
+// count as not selected) until the selection is next set. A data source that does not carry out an insert
+// or removal the list asked for is likewise tolerated: the list then begins no edit on a row that is not
+// there, and a split whose new row did not appear leaves the title whole.
 class KRCheckListViewDataSource {
 public:
     virtual ~KRCheckListViewDataSource() = default;

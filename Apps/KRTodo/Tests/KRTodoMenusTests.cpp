@@ -106,6 +106,30 @@ protected:
         ASSERT_EQ(list().indexForEditedItem(), index);
     }
     void openMenu(QMenu& menu) { Q_EMIT menu.aboutToShow(); }
+    // A click in the middle of the title of the row at index, as the user makes it.
+    void clickTitle(KRUInteger index) {
+        const KRView& title = *list().checkListViewItemViewForItemAtIndex(index)->titleTextField();
+        const KRRect bounds = title.bounds();
+        const KRPoint centre =
+            title.convertPointToView(KRPointMake(KRRectGetMidX(bounds), KRRectGetMidY(bounds)), nullptr);
+        QTest::mouseClick(&window->hostWidget(), Qt::LeftButton, Qt::NoModifier,
+                          QPoint(static_cast<int>(centre.x), static_cast<int>(centre.y)));
+        window->settle();
+    }
+    // Click a title, then Ctrl+A twice: the title's text, then every item.
+    void selectEveryItem() {
+        clickTitle(1);
+        ASSERT_EQ(list().indexForEditedItem(), 1u);
+        press(Qt::Key_A, Qt::ControlModifier);
+        press(Qt::Key_A, Qt::ControlModifier);
+        ASSERT_EQ(list().indexesForSelectedItems(), KRIndexSet(KRRange{0, 5}));
+    }
+    void expectNothingLeftSelectedOrEdited() {
+        EXPECT_EQ(store->count(), 0u);
+        EXPECT_EQ(list().numberOfItems(), 0u);
+        EXPECT_TRUE(list().indexesForSelectedItems().isEmpty());
+        EXPECT_EQ(list().indexForEditedItem(), KRNotFound);
+    }
     KRTextView* fieldEditor() const {
         return dynamic_cast<KRTextView*>(window->hostWidget().krWindow().firstResponder());
     }
@@ -397,4 +421,55 @@ TEST_F(KRTodoMenusTests, QuitKeyClosesTheWindow) {
     ASSERT_TRUE(window->isVisible());
     press(Qt::Key_Q, Qt::ControlModifier);
     EXPECT_FALSE(window->isVisible());
+}
+
+// Select every item, remove them all, press an arrow: nothing may stay selected past the empty list.
+TEST_F(KRTodoMenusTests, BackspaceOnEveryItemThenRightLeavesAnEmptyListWithNothingSelected) {
+    selectEveryItem();
+    press(Qt::Key_Backspace);
+    expectNothingLeftSelectedOrEdited();
+    EXPECT_NO_THROW(press(Qt::Key_Right));
+    expectNothingLeftSelectedOrEdited();
+}
+
+TEST_F(KRTodoMenusTests, CutOfEveryItemThenRightLeavesAnEmptyListWithNothingSelected) {
+    selectEveryItem();
+    press(Qt::Key_X, Qt::ControlModifier);
+    expectNothingLeftSelectedOrEdited();
+    EXPECT_NO_THROW(press(Qt::Key_Right));
+    expectNothingLeftSelectedOrEdited();
+}
+
+TEST_F(KRTodoMenusTests, DeleteKeyOnEveryItemThenLeftLeavesAnEmptyListWithNothingSelected) {
+    selectEveryItem();
+    press(Qt::Key_Delete);
+    expectNothingLeftSelectedOrEdited();
+    EXPECT_NO_THROW(press(Qt::Key_Left));
+    expectNothingLeftSelectedOrEdited();
+}
+
+TEST_F(KRTodoMenusTests, DeleteMenuItemOnEveryItemThenDownLeavesAnEmptyListWithNothingSelected) {
+    selectEveryItem();
+    openMenu(menus().editMenu());
+    ASSERT_TRUE(action(Command::Delete).isEnabled());
+    action(Command::Delete).trigger();
+    window->settle();
+    expectNothingLeftSelectedOrEdited();
+    EXPECT_NO_THROW(press(Qt::Key_Down));
+    expectNothingLeftSelectedOrEdited();
+    openMenu(menus().editMenu());
+    EXPECT_FALSE(action(Command::Delete).isEnabled());
+    EXPECT_FALSE(action(Command::Cut).isEnabled());
+}
+
+// The store sets the selection again after removing items, so what stays selected names the same items.
+TEST_F(KRTodoMenusTests, DeletingSomeSelectedItemsEditsTheItemAboveAndLeavesNothingSelected) {
+    clickTitle(3);
+    press(Qt::Key_Home);
+    press(Qt::Key_Up, Qt::ShiftModifier);
+    ASSERT_EQ(list().indexesForSelectedItems(), KRIndexSet(KRRange{2, 2}));
+    press(Qt::Key_Backspace);
+    EXPECT_EQ(storeTitles(), (QStringList{"alpha", "bravo", "echo"}));
+    EXPECT_TRUE(list().indexesForSelectedItems().isEmpty());
+    EXPECT_EQ(list().indexForEditedItem(), 1u);
 }

@@ -280,6 +280,43 @@ TEST_F(KRTodoStoreTests, RemoveTakesTheItemsOutAndReportsIt) {
     expectListShowsStore();
 }
 
+TEST_F(KRTodoStoreTests, RemovingSelectedItemsKeepsTheOthersSelectedAtTheirNewIndexes) {
+    checkListView->selectItemsAtIndexesByExtendingSelection(KRIndexSet{0, 2, 3}, false);
+    store->removeItems(KRIndexSet{0, 1}, checkListView.get());
+
+    EXPECT_EQ(storeIdentifiers(), QStringList({"c", "d"}));
+    EXPECT_EQ(checkListView->indexesForSelectedItems(), (KRIndexSet{0, 1}));
+    expectListShowsStore();
+}
+
+TEST_F(KRTodoStoreTests, RemovingEverySelectedItemLeavesNothingSelected) {
+    checkListView->selectItemsAtIndexesByExtendingSelection(KRIndexSet(KRRange{0, 4}), false);
+    store->removeItems(KRIndexSet(KRRange{0, 4}), checkListView.get());
+
+    EXPECT_EQ(store->count(), 0u);
+    EXPECT_TRUE(checkListView->indexesForSelectedItems().isEmpty());
+}
+
+TEST_F(KRTodoStoreTests, InsertingBeforeSelectedItemsMovesTheSelectionWithThem) {
+    checkListView->selectItemsAtIndexesByExtendingSelection(KRIndexSet{1, 3}, false);
+    store->insertItems({store->makeItem(QStringLiteral("x")), store->makeItem(QStringLiteral("y"))},
+                       KRIndexSet{0, 3}, checkListView.get());
+
+    EXPECT_EQ(listTitles(), (QStringList{"x", "Buy milk", "Call the plumber", "y", "Renew the passport",
+                                         "Review the budget before Friday"}));
+    EXPECT_EQ(checkListView->indexesForSelectedItems(), (KRIndexSet{2, 5}));
+    expectListShowsStore();
+}
+
+TEST_F(KRTodoStoreTests, ChangesAfterTheSelectedItemsLeaveTheSelectionAsItWas) {
+    checkListView->selectItemsAtIndexesByExtendingSelection(KRIndexSet{0, 1}, false);
+    store->removeItems(KRIndexSet{3}, checkListView.get());
+    store->insertItems({store->makeItem()}, KRIndexSet{2}, checkListView.get());
+
+    EXPECT_EQ(checkListView->indexesForSelectedItems(), (KRIndexSet{0, 1}));
+    EXPECT_EQ(storeIdentifiers().mid(0, 2), QStringList({"a", "b"}));
+}
+
 TEST_F(KRTodoStoreTests, MoveOfTheLastItemToTheTopReportsIt) {
     store->calls.clear();
     checkListView->moveItemAtIndexToIndex(3, 0);
