@@ -3,6 +3,7 @@
 #include "KRMonkeyClickEventKind.h"
 #include "KRMonkeyKeyEventKind.h"
 #include "KRMonkeyRandom.h"
+#include "KRMonkeyRenderEventKind.h"
 #include "KRMonkeyShortcutEventKind.h"
 #include "KRMonkeyTypingEventKind.h"
 
@@ -14,6 +15,7 @@ KRMonkeyEventGenerator KRMonkeyEventGenerator::makeDefault() {
     generator.addKind(std::make_shared<KRMonkeyShortcutEventKind>(), 12);
     generator.addKind(std::make_shared<KRMonkeyTypingEventKind>(), 18);
     generator.addKind(std::make_shared<KRMonkeyClickEventKind>(), 30);
+    generator.addKind(std::make_shared<KRMonkeyRenderEventKind>(), 3);
     return generator;
 }
 
