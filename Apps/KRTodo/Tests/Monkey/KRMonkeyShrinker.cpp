@@ -52,20 +52,46 @@ KRMonkeyShrinker::Sequence KRMonkeyShrinker::shrink(Sequence failing) {
             parts = std::min(parts * 2, size);
         }
     }
-    // Single events, from the last one back, until a whole pass removes none.
+    // Single events, from the last one back, until a whole pass removes none; then, for short sequences,
+    // pairs: two events that only matter together (a selection and what acts on it) go only as a pair.
     bool changed = true;
     while (changed && !outOfTime()) {
-        changed = false;
-        for (std::size_t position = current.size(); position-- > 0 && !outOfTime();) {
-            if (position >= current.size()) {
-                continue;
-            }
-            Sequence candidate = current;
-            candidate.erase(candidate.begin() + static_cast<std::ptrdiff_t>(position));
-            if (tryCandidate(candidate, current)) {
-                changed = true;
-            }
+        changed = removeSingleEvents(current);
+        if (!changed && current.size() <= kLongestSequenceForPairs) {
+            changed = removePairsOfEvents(current);
         }
     }
     return current;
+}
+
+bool KRMonkeyShrinker::removeSingleEvents(Sequence& current) {
+    bool removed = false;
+    for (std::size_t position = current.size(); position-- > 0 && !outOfTime();) {
+        if (position >= current.size()) {
+            continue;
+        }
+        Sequence candidate = current;
+        candidate.erase(candidate.begin() + static_cast<std::ptrdiff_t>(position));
+        if (tryCandidate(candidate, current)) {
+            removed = true;
+        }
+    }
+    return removed;
+}
+
+bool KRMonkeyShrinker::removePairsOfEvents(Sequence& current) {
+    for (std::size_t first = 0; first < current.size(); ++first) {
+        for (std::size_t second = first + 1; second < current.size(); ++second) {
+            if (outOfTime()) {
+                return false;
+            }
+            Sequence candidate = current;
+            candidate.erase(candidate.begin() + static_cast<std::ptrdiff_t>(second));
+            candidate.erase(candidate.begin() + static_cast<std::ptrdiff_t>(first));
+            if (tryCandidate(candidate, current)) {
+                return true;
+            }
+        }
+    }
+    return false;
 }

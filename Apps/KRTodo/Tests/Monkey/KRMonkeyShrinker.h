@@ -7,7 +7,8 @@
 #include <vector>
 
 // Delta debugging over a failing sequence of events: drops chunks of it, halving their size, then single
-// events, and keeps every shorter sequence that still fails the same way, until no single event can go.
+// events, then (in short sequences) pairs, and keeps every shorter sequence that still fails the same way,
+// until no single event or pair can go.
 // Sequences are lists of positions in the original sequence, so the caller keeps the events themselves.
 class KRMonkeyShrinker {
 public:
@@ -30,6 +31,11 @@ private:
     // Tries candidate; on success it (cut to its failing prefix) becomes current.
     bool tryCandidate(const Sequence& candidate, Sequence& current);
     bool outOfTime();
+    bool removeSingleEvents(Sequence& current);
+    bool removePairsOfEvents(Sequence& current);
+
+    // Pairs cost a replay each, so only short sequences try them.
+    static constexpr std::size_t kLongestSequenceForPairs = 16;
 
     Test m_test;
     std::chrono::steady_clock::time_point m_deadline;

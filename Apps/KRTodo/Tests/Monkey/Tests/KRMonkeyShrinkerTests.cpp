@@ -82,3 +82,18 @@ TEST(KRMonkeyShrinkerTests, StopsAtItsBudget) {
     EXPECT_TRUE(shrinker.ranOutOfTime());
     EXPECT_EQ(shrinker.testsRun(), 0);
 }
+
+TEST(KRMonkeyShrinkerTests, DropsPairsThatOnlyMatterTogether) {
+    // Fails with 9 as long as 2 and 7 are both there or both gone: neither chunks nor single events can drop
+    // them, since they are not next to each other and either alone makes the failure go away.
+    KRMonkeyShrinker shrinker([](const Sequence& candidate) -> std::optional<std::size_t> {
+        const auto has = [&](std::size_t event) {
+            return std::find(candidate.begin(), candidate.end(), event) != candidate.end();
+        };
+        if (has(9) && has(2) == has(7)) {
+            return candidate.size();
+        }
+        return std::nullopt;
+    });
+    EXPECT_EQ(shrinker.shrink(Sequence{2, 5, 7, 9}), Sequence{9});
+}
