@@ -18,6 +18,7 @@
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
+#include <map>
 #include <memory>
 #include <optional>
 #include <vector>
@@ -211,6 +212,7 @@ int main(int argc, char** argv) {
     int sessions = 0;
     int failures = 0;
     QSet<QString> signatures;
+    std::map<QString, std::uint64_t> eventsByKind;
     // Time spent replaying and shrinking does not count against --minutes.
     auto done = [&] {
         if (options.events && total >= *options.events) {
@@ -229,10 +231,14 @@ int main(int argc, char** argv) {
             while (!done() && events.size() < options.sessionEvents) {
                 events.push_back(generator.makeEvent(random, session));
                 ++total;
-                QString did;
-                failure = session.deliver(events.back(), &did);
+                ++eventsByKind[events.back().kind];
+                // Printed before delivery, so that a crash the process does not survive names its event.
                 if (options.verbose) {
-                    print(QStringLiteral("%1. %2 -> %3").arg(total).arg(did, session.describeState()));
+                    print(QStringLiteral("%1. %2").arg(total).arg(events.back().description));
+                }
+                failure = session.deliver(events.back());
+                if (options.verbose) {
+                    print(QStringLiteral("    -> %1").arg(session.describeState()));
                 }
                 if (failure) {
                     log = session.lastEventLog();
@@ -258,6 +264,12 @@ int main(int argc, char** argv) {
         for (const QString& line : log) {
             print(QStringLiteral("  log: %1").arg(line));
         }
+        print(QStringLiteral("  the same events again: scripts/monkey --seed %1 --events %2%3")
+                  .arg(options.seed)
+                  .arg(total)
+                  .arg(options.sessionEvents == Options().sessionEvents
+                           ? QString()
+                           : QStringLiteral(" --session-events %1").arg(options.sessionEvents)));
         if (known) {
             print(QStringLiteral("  (fails the way an earlier failure did; not shrunk again)"));
         } else {
@@ -280,5 +292,10 @@ int main(int argc, char** argv) {
               .arg(failures)
               .arg(signatures.size() > 1 ? QStringLiteral(" of %1 kinds").arg(signatures.size()) : QString())
               .arg(options.seed));
+    QStringList kinds;
+    for (const auto& [kind, count] : eventsByKind) {
+        kinds << QStringLiteral("%1 %2").arg(count).arg(kind);
+    }
+    print(QStringLiteral("events by kind: %1").arg(kinds.join(QStringLiteral(", "))));
     return failures == 0 ? 0 : 1;
 }
