@@ -264,12 +264,13 @@ int main(int argc, char** argv) {
         for (const QString& line : log) {
             print(QStringLiteral("  log: %1").arg(line));
         }
-        print(QStringLiteral("  the same events again: scripts/monkey --seed %1 --events %2%3")
+        print(QStringLiteral("  the same events again: scripts/monkey --seed %1 --events %2%3%4")
                   .arg(options.seed)
                   .arg(total)
                   .arg(options.sessionEvents == Options().sessionEvents
                            ? QString()
-                           : QStringLiteral(" --session-events %1").arg(options.sessionEvents)));
+                           : QStringLiteral(" --session-events %1").arg(options.sessionEvents))
+                  .arg(options.keepGoing ? QStringLiteral(" --keep-going") : QString()));
         if (known) {
             print(QStringLiteral("  (fails the way an earlier failure did; not shrunk again)"));
         } else {
