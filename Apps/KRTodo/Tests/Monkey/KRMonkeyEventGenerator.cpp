@@ -4,6 +4,7 @@
 #include "KRMonkeyKeyEventKind.h"
 #include "KRMonkeyRandom.h"
 #include "KRMonkeyRenderEventKind.h"
+#include "KRMonkeyResizeEventKind.h"
 #include "KRMonkeyShortcutEventKind.h"
 #include "KRMonkeyTypingEventKind.h"
 
@@ -16,6 +17,7 @@ KRMonkeyEventGenerator KRMonkeyEventGenerator::makeDefault() {
     generator.addKind(std::make_shared<KRMonkeyTypingEventKind>(), 18);
     generator.addKind(std::make_shared<KRMonkeyClickEventKind>(), 30);
     generator.addKind(std::make_shared<KRMonkeyRenderEventKind>(), 3);
+    generator.addKind(std::make_shared<KRMonkeyResizeEventKind>(), 2);
     return generator;
 }
 

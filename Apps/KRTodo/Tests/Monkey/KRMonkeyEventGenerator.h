@@ -12,7 +12,8 @@ class KRMonkeySession;
 // The table of event kinds, each with a weight: the chance of a kind is its weight over the sum.
 class KRMonkeyEventGenerator {
 public:
-    // Keys of the command table, menu shortcuts, typing, clicks, and now and then a drawing of the list.
+    // Keys of the command table, menu shortcuts, typing, clicks, and now and then a drawing of the list or a
+    // new window size.
     static KRMonkeyEventGenerator makeDefault();
 
     void addKind(std::shared_ptr<const KRMonkeyEventKind> kind, int weight);
