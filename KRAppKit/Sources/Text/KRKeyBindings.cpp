@@ -283,20 +283,8 @@ std::vector<Binding> makeOtherTable() {
     return t.take();
 }
 
-bool allPrintable(const QString& characters) {
-    if (characters.isEmpty()) {
-        return false;
-    }
-    for (const QChar character : characters) {
-        if (!character.isPrint()) {
-            return false;
-        }
-    }
-    return true;
-}
-
 bool isInsertable(const KREvent& event, Platform platform) {
-    if (!allPrintable(event.characters())) {
+    if (!event.typesText()) {
         return false;
     }
     const KREventModifierFlags modifiers = event.modifierFlags() & KRKeyBindings::relevantModifiers;

@@ -86,3 +86,25 @@ KRPoint KREvent::mouseLocation() {
 void KREvent::setMouseLocation(KRPoint screenLocation) {
     s_mouseLocation = screenLocation;
 }
+
+bool KREvent::typesText() const {
+    if (m_characters.isEmpty()) {
+        return false;
+    }
+    const qsizetype length = m_characters.size();
+    for (qsizetype index = 0; index < length; ++index) {
+        const QChar character = m_characters.at(index);
+        char32_t codePoint = character.unicode();
+        if (character.isHighSurrogate() && index + 1 < length &&
+            m_characters.at(index + 1).isLowSurrogate()) {
+            codePoint = QChar::surrogateToUcs4(character, m_characters.at(index + 1));
+            ++index;
+        } else if (character.isSurrogate()) {
+            return false;
+        }
+        if (!QChar::isPrint(codePoint) && QChar::category(codePoint) != QChar::Other_Format) {
+            return false;
+        }
+    }
+    return true;
+}

@@ -73,6 +73,10 @@ public:
     unsigned short keyCode() const { return m_keyCode; }
     const QString& characters() const { return m_characters; }
     const QString& charactersIgnoringModifiers() const { return m_charactersIgnoringModifiers; }
+    // Whether the key types text: its characters are not empty and every code point of them is a graphic
+    // character or an invisible format character (joiners, direction marks). Characters outside the Basic
+    // Multilingual Plane arrive as surrogate pairs and count whole.
+    bool typesText() const;
     bool isARepeat() const { return m_isARepeat; }
     KRPoint locationInWindow() const { return m_locationInWindow; }
     // The location converted into view's coordinates.

@@ -12,19 +12,10 @@ KRResponder::KeyEventInterpreter& interpreterStorage() {
 }
 
 bool isInsertable(const KREvent& event) {
-    const QString& characters = event.characters();
-    if (characters.isEmpty()) {
-        return false;
-    }
     if (event.modifierFlags() & (KREventModifierFlagCommand | KREventModifierFlagControl)) {
         return false;
     }
-    for (const QChar character : characters) {
-        if (!character.isPrint()) {
-            return false;
-        }
-    }
-    return true;
+    return event.typesText();
 }
 
 } // namespace

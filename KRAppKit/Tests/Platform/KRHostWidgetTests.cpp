@@ -3,6 +3,7 @@
 #include "Foundation/KRClock.h"
 #include "Foundation/KRRunLoop.h"
 #include "Platform/KRHostWidget.h"
+#include "Text/KRTextView.h"
 #include "Views/KRCursor.h"
 #include "Views/KREvent.h"
 #include "Views/KRTextInputClient.h"
@@ -417,3 +418,26 @@ TEST_F(KRHostWidgetTests, PaintEventPaintsTheContentAndTakesTheDirtyRect) {
 }
 
 } // namespace
+
+// Emoji, musical symbols and CJK Extension B arrive from the keyboard as one key event carrying a
+// surrogate pair.
+TEST_F(KRHostWidgetTests, TypedCharactersOutsideTheBasicPlaneReachTheTextViewWhole) {
+    KRTextView::installTextSystem();
+    auto textView = std::make_shared<KRTextView>(KRRectMake(10, 10, 180, 40));
+    content->addSubview(textView);
+    ASSERT_TRUE(host->krWindow().makeFirstResponder(textView.get()));
+    const QString partyPopper = QString::fromUtf8("\xF0\x9F\x8E\x89");
+    const QString gClef = QString::fromUtf8("\xF0\x9D\x84\x9E");
+    const QString extensionB = QString::fromUtf8("\xF0\xA0\x80\x80");
+    const QString typed = QStringLiteral("a") + partyPopper + QStringLiteral("b") + gClef + extensionB;
+    sendKey(QEvent::KeyPress, Qt::Key_A, Qt::NoModifier, QStringLiteral("a"));
+    sendKey(QEvent::KeyRelease, Qt::Key_A, Qt::NoModifier, QStringLiteral("a"));
+    for (const QString& character : {partyPopper, QStringLiteral("b"), gClef, extensionB}) {
+        const int key = character == QStringLiteral("b") ? Qt::Key_B : Qt::Key_unknown;
+        sendKey(QEvent::KeyPress, key, Qt::NoModifier, character);
+        sendKey(QEvent::KeyRelease, key, Qt::NoModifier, character);
+    }
+    EXPECT_EQ(textView->string(), typed);
+    EXPECT_EQ(textView->selectedRange(), KRMakeRange(static_cast<KRUInteger>(typed.size()), 0));
+    host->krWindow().makeFirstResponder(nullptr);
+}

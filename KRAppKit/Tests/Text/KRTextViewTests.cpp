@@ -118,6 +118,16 @@ TEST_F(KRTextViewTest, KeyDownInsertsPrintableCharactersWithoutAnInterpreter) {
     EXPECT_EQ(delegate.commands, QStringList{QStringLiteral("noop:")});
 }
 
+TEST_F(KRTextViewTest, KeyDownInsertsCharactersOutsideTheBasicPlaneWhole) {
+    const QString partyPopper = QString::fromUtf8("\xF0\x9F\x8E\x89");
+    for (const QString& characters : {QStringLiteral("a"), partyPopper, QStringLiteral("b")}) {
+        textView->keyDown(
+            KREvent::keyEvent(KREventType::KeyDown, 0, characters, characters, KRKeyCode::A, &window));
+    }
+    EXPECT_EQ(textView->string(), QStringLiteral("a") + partyPopper + QStringLiteral("b"));
+    EXPECT_EQ(textView->selectedRange(), KRMakeRange(4, 0));
+}
+
 TEST_F(KRTextViewTest, LeftAndRightMoveAndCollapseTheSelection) {
     textView->setString(QStringLiteral("abcdef"));
     textView->setSelectedRange(KRMakeRange(2, 0));

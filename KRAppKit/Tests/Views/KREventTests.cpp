@@ -90,3 +90,23 @@ TEST(KREventTests, CurrentModifierFlagsAndMouseLocationKeepWhatWasSet) {
     KREvent::setMouseLocation(KRPointZero);
     EXPECT_EQ(KREvent::currentModifierFlags(), 0u);
 }
+
+TEST(KREventTests, CharactersOutsideTheBasicPlaneAndFormatCharactersTypeText) {
+    KRWindow window;
+    const auto typed = [&window](const QString& characters) {
+        return KREvent::keyEvent(KREventType::KeyDown, 0, characters, characters, 0, &window).typesText();
+    };
+    EXPECT_TRUE(typed(QStringLiteral("a")));
+    EXPECT_TRUE(typed(QString::fromUtf8("\xF0\x9F\x8E\x89"))); // party popper, a surrogate pair
+    EXPECT_TRUE(typed(QString::fromUtf8("a\xF0\x9D\x84\x9E"
+                                        "b")));                // G clef between letters
+    EXPECT_TRUE(typed(QString::fromUtf8("\xF0\xA0\x80\x80"))); // CJK Extension B
+    EXPECT_TRUE(typed(QString(QChar(0x200D))));                // zero-width joiner
+    EXPECT_TRUE(typed(QString(QChar(0x200F))));                // right-to-left mark
+    EXPECT_FALSE(typed(QString()));
+    EXPECT_FALSE(typed(QString(QChar(0xD83C))));                    // a lone high surrogate
+    EXPECT_FALSE(typed(QString(QChar(0xDF89)) + QLatin1Char('a'))); // a lone low surrogate
+    EXPECT_FALSE(typed(QStringLiteral("\t")));
+    EXPECT_FALSE(typed(QString(QChar(0x7f))));
+    EXPECT_FALSE(typed(QString(QChar(0xF700)))); // an arrow key's character
+}
