@@ -205,15 +205,19 @@ bool KRTodoMenus::perform(Command command) {
         break;
     case Command::InsertAbove:
         list.insertItemAboveEditedOrSelectedItems();
+        noteInsertedItem();
         break;
     case Command::InsertBelow:
         list.insertItemBelowEditedOrSelectedItems();
+        noteInsertedItem();
         break;
     case Command::InsertAtTop:
         list.insertItemTop();
+        noteInsertedItem();
         break;
     case Command::InsertAtBottom:
         list.insertItemBottom();
+        noteInsertedItem();
         break;
     case Command::MoveUp:
         list.moveEditedOrSelectedItemsUp();
@@ -235,6 +239,17 @@ bool KRTodoMenus::perform(Command command) {
         break;
     }
     return true;
+}
+
+void KRTodoMenus::setInsertedItemHandler(std::function<void(KRUInteger)> handler) {
+    m_insertedItemHandler = std::move(handler);
+}
+
+// An Insert command edits the item it made.
+void KRTodoMenus::noteInsertedItem() {
+    if (m_insertedItemHandler && m_checkListView.indexForEditedItem() != KRNotFound) {
+        m_insertedItemHandler(m_checkListView.indexForEditedItem());
+    }
 }
 
 bool KRTodoMenus::sendActionToFirstResponder(const KRSelector& action) {

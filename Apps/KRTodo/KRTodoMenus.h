@@ -1,6 +1,7 @@
 #pragma once
 
 #include "Foundation/KRSelector.h"
+#include "Foundation/KRTypes.h"
 
 #include <QKeySequence>
 #include <QList>
@@ -8,6 +9,7 @@
 
 #include <array>
 #include <cstddef>
+#include <functional>
 
 class KRCheckListView;
 class KRHostWidget;
@@ -63,6 +65,8 @@ public:
     void validateAll();
     // Runs the command if it validates; answers whether it ran.
     bool perform(Command command);
+    // Told the index of the item each Insert command made (the item it then edits).
+    void setInsertedItemHandler(std::function<void(KRUInteger)> handler);
 
     // The responder action an Edit command sends ("copy:", …); null for the others.
     static KRSelector editAction(Command command);
@@ -79,6 +83,7 @@ private:
     void setListKeys(Command command, const QKeySequence& keys);
     bool validateEditAction(const KRSelector& action) const;
     bool isKeyOfDisabledEditAction(const QKeyEvent& event) const;
+    void noteInsertedItem();
 
     QMainWindow& m_window;
     KRHostWidget& m_hostWidget;
@@ -87,4 +92,5 @@ private:
     QMenu* m_editMenu = nullptr;
     QMenu* m_itemMenu = nullptr;
     std::array<QAction*, CommandCount> m_actions{};
+    std::function<void(KRUInteger)> m_insertedItemHandler;
 };

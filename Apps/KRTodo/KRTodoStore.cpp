@@ -2,6 +2,8 @@
 
 #include "KRCheckListView.h"
 
+#include "Foundation/KRRunLoop.h"
+
 #include <QJsonValue>
 
 #include <algorithm>
@@ -336,4 +338,65 @@ void KRTodoStore::checkListViewDidBeginEditingItemAtIndex(KRCheckListView* check
     if (m_didBeginEditingHandler) {
         m_didBeginEditingHandler(checkListView, index);
     }
+}
+
+// Leftovers and cancel
+// ---------------------------------------------------------------------------------------
+
+void KRTodoStore::noteItemInsertedByCommand(KRUInteger index) {
+    m_itemInsertedByCommand = hasItemAtIndex(index) ? m_items[index].identifier : QString();
+}
+
+KRUInteger KRTodoStore::indexOfIdentifier(const QString& identifier) const {
+    const auto item = std::find_if(m_items.begin(), m_items.end(), [&](const KRTodoItem& candidate) {
+        return candidate.identifier == identifier;
+    });
+    return item == m_items.end() ? KRNotFound : static_cast<KRUInteger>(item - m_items.begin());
+}
+
+void KRTodoStore::checkListViewDidEndEditingItemAtIndex(KRCheckListView* checkListView, KRUInteger index) {
+    if (!hasItemAtIndex(index)) {
+        return;
+    }
+    m_itemEndedByCommand = m_items[index].identifier;
+    if (m_itemInsertedByCommand != m_items[index].identifier) {
+        return;
+    }
+    // An update ends an edit and begins it again at once: only an edit still ended on the next turn counts.
+    const std::weak_ptr<KRTodoStore> weakSelf = weak_from_this();
+    const KRWeak<KRCheckListView> weakList(checkListView);
+    KRRunLoop::main().performAfterDelay(0.0, [weakSelf, weakList] {
+        const std::shared_ptr<KRTodoStore> store = weakSelf.lock();
+        if (store && weakList.get()) {
+            store->removeItemInsertedByCommandIfStillEmpty(weakList.get());
+        }
+    });
+}
+
+void KRTodoStore::removeItemInsertedByCommandIfStillEmpty(KRCheckListView* checkListView) {
+    const KRUInteger index = indexOfIdentifier(m_itemInsertedByCommand);
+    if (index == KRNotFound || !m_items[index].title.isEmpty()) {
+        m_itemInsertedByCommand.clear();
+        return;
+    }
+    if (checkListView->indexForEditedItem() == index || checkListView->isUpdating()) {
+        return;
+    }
+    m_itemInsertedByCommand.clear();
+    checkListView->removeItemAtIndex(index);
+}
+
+bool KRTodoStore::checkListViewTextViewDoCommandBySelector(KRCheckListView*, KRTextView*, const KRSelector&) {
+    m_itemEndedByCommand.clear();
+    return false;
+}
+
+void KRTodoStore::checkListViewDidCancelEditing(KRCheckListView* checkListView) {
+    const KRUInteger index = indexOfIdentifier(m_itemEndedByCommand);
+    m_itemEndedByCommand.clear();
+    // An empty item an Insert command made goes away instead (on the next turn).
+    if (index == KRNotFound || m_items[index].identifier == m_itemInsertedByCommand) {
+        return;
+    }
+    checkListView->selectItemAtIndexByExtendingSelection(index, false);
 }

@@ -18,7 +18,9 @@ class KRCheckListView;
 // The to-do items of one checklist, kept in memory. It is the list's data source and delegate: it answers
 // the items, keeps the titles and statuses the user types and clicks, and carries out the insertions,
 // removals and moves the list asks for, reporting each one back to the list in an update transaction.
-class KRTodoStore : public KRCheckListViewDataSource, public KRCheckListViewDelegate {
+class KRTodoStore : public KRCheckListViewDataSource,
+                    public KRCheckListViewDelegate,
+                    public std::enable_shared_from_this<KRTodoStore> {
 public:
     KRTodoStore() = default;
     // Items without an identifier get a fresh one.
@@ -47,6 +49,11 @@ public:
     // One line per item, in order: the status's name, a tab, and the title on one line.
     QString dump() const;
     static QString statusName(KRUInteger status);
+
+    // The item at index was made by an Insert command to be typed into: if its editing ends while its title
+    // is still empty, it is removed again on the next turn, so that nothing is left over.
+    void noteItemInsertedByCommand(KRUInteger index);
+    bool hasItemInsertedByCommand() const { return !m_itemInsertedByCommand.isEmpty(); }
 
     // Called whenever the list's fitting size changes, so that its host can follow it.
     void setSizeThatFitsChangedHandler(std::function<void(KRCheckListView*)> handler);
@@ -78,6 +85,11 @@ public:
     // KRCheckListViewDelegate -----------------------------------------------------------------------------
     void checkListViewDidChangeSizeThatFits(KRCheckListView* checkListView) override;
     void checkListViewDidBeginEditingItemAtIndex(KRCheckListView* checkListView, KRUInteger index) override;
+    void checkListViewDidEndEditingItemAtIndex(KRCheckListView* checkListView, KRUInteger index) override;
+    // Escape leaves the item that was edited selected, so that the keys go on working on it.
+    void checkListViewDidCancelEditing(KRCheckListView* checkListView) override;
+    bool checkListViewTextViewDoCommandBySelector(KRCheckListView* checkListView, KRTextView* textView,
+                                                  const KRSelector& selector) override;
 
 private:
     bool hasItemAtIndex(KRUInteger index) const { return index < m_items.size(); }
@@ -85,9 +97,14 @@ private:
     QString makeIdentifier();
     static KRUInteger knownStatus(KRUInteger status);
     static void reportReloadedItem(KRUInteger index, KRCheckListView* checkListView);
+    KRUInteger indexOfIdentifier(const QString& identifier) const;
+    void removeItemInsertedByCommandIfStillEmpty(KRCheckListView* checkListView);
 
     std::vector<KRTodoItem> m_items;
     KRUInteger m_nextIdentifierNumber = 1;
+    QString m_itemInsertedByCommand;
+    // The item whose editing the command being handled ended; cleared as each command begins.
+    QString m_itemEndedByCommand;
     std::function<void(KRCheckListView*)> m_sizeThatFitsChangedHandler;
     std::function<void(KRCheckListView*, KRUInteger)> m_didBeginEditingHandler;
 };

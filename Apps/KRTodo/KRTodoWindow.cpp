@@ -12,8 +12,11 @@
 
 #include <QCoreApplication>
 #include <QEvent>
+#include <QKeyEvent>
+#include <QMouseEvent>
 #include <QPointer>
 #include <QScrollArea>
+#include <QScrollBar>
 
 #include <cmath>
 #include <utility>
@@ -37,6 +40,7 @@ KRTodoWindow::KRTodoWindow(std::shared_ptr<KRTodoStore> store, QWidget* parent)
     setUpCheckListView();
     setUpScrollArea();
     m_menus = std::make_unique<KRTodoMenus>(*this, *m_hostWidget, *m_checkListView);
+    m_menus->setInsertedItemHandler([this](KRUInteger index) { m_store->noteItemInsertedByCommand(index); });
     resize(kInitialWindowWidth, kInitialWindowHeight);
     m_checkListView->reloadItems();
 }
@@ -96,11 +100,68 @@ void KRTodoWindow::updateHeight() {
 // -------------------------------------------------------------------------------------------------------
 
 bool KRTodoWindow::eventFilter(QObject* watched, QEvent* event) {
-    // Typing and moving between rows move the caret, and may add rows that the host has yet to grow for.
-    if (watched == m_hostWidget && event->type() == QEvent::KeyPress) {
+    if (watched != m_hostWidget) {
+        return QMainWindow::eventFilter(watched, event);
+    }
+    switch (event->type()) {
+    case QEvent::KeyPress:
+        if (scrollByPageForKey(*static_cast<QKeyEvent*>(event))) {
+            return true;
+        }
+        // Typing and moving between rows move the caret, and may add rows that the host has yet to grow for.
         scheduleCaretReveal();
+        break;
+    case QEvent::MouseButtonPress:
+        endEditingForPressBelowRows(*static_cast<QMouseEvent*>(event));
+        break;
+    case QEvent::MouseButtonDblClick:
+        if (insertItemForDoubleClickBelowRows(*static_cast<QMouseEvent*>(event))) {
+            return true;
+        }
+        break;
+    default:
+        break;
     }
     return QMainWindow::eventFilter(watched, event);
+}
+
+// Page Up and Page Down scroll by a page whatever is edited or selected, and leave both as they are.
+bool KRTodoWindow::scrollByPageForKey(const QKeyEvent& event) {
+    const bool pageUp = event.key() == Qt::Key_PageUp;
+    if ((!pageUp && event.key() != Qt::Key_PageDown) ||
+        (event.modifiers() & ~(Qt::ShiftModifier | Qt::KeypadModifier))) {
+        return false;
+    }
+    m_scrollArea->verticalScrollBar()->triggerAction(pageUp ? QAbstractSlider::SliderPageStepSub
+                                                            : QAbstractSlider::SliderPageStepAdd);
+    return true;
+}
+
+bool KRTodoWindow::isBelowRows(const QMouseEvent& event) const {
+    if (event.button() != Qt::LeftButton || event.modifiers() != Qt::NoModifier) {
+        return false;
+    }
+    const KRCheckListView& list = *m_checkListView;
+    const KRPoint point =
+        list.convertPointFromView(KRPointMake(event.position().x(), event.position().y()), nullptr);
+    const KRUInteger count = list.numberOfItems();
+    return count == 0 || point.y >= KRRectGetMaxY(list.rectOfItemsInRange(KRRange{0, count}));
+}
+
+// A click on the empty area below the rows ends editing, as a click outside a text field does.
+void KRTodoWindow::endEditingForPressBelowRows(const QMouseEvent& event) {
+    if (isBelowRows(event) && m_checkListView->indexForEditedItem() != KRNotFound) {
+        m_checkListView->endEditing();
+    }
+}
+
+// A double-click there adds an item at the end to type into.
+bool KRTodoWindow::insertItemForDoubleClickBelowRows(const QMouseEvent& event) {
+    if (!isBelowRows(event) || !m_menus->perform(KRTodoMenus::Command::InsertAtBottom)) {
+        return false;
+    }
+    scheduleCaretReveal();
+    return true;
 }
 
 QRect KRTodoWindow::caretRectInHostWidget() const {

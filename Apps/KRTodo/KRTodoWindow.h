@@ -10,6 +10,8 @@ class KRCheckListView;
 class KRHostWidget;
 class KRTodoMenus;
 class KRTodoStore;
+class QKeyEvent;
+class QMouseEvent;
 class QScrollArea;
 
 // KRTodo's main window: the store's checklist in a scroll area. The list is as wide as the scroll area's
@@ -46,6 +48,10 @@ private:
     void scheduleHeightUpdate();
     void updateHeight();
     void revealCaret();
+    bool scrollByPageForKey(const QKeyEvent& event);
+    bool isBelowRows(const QMouseEvent& event) const;
+    void endEditingForPressBelowRows(const QMouseEvent& event);
+    bool insertItemForDoubleClickBelowRows(const QMouseEvent& event);
 
     std::shared_ptr<KRTodoStore> m_store;
     std::shared_ptr<KRCheckListView> m_checkListView;

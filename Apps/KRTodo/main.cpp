@@ -1,19 +1,20 @@
 // KRTodo: a to-do checklist in a window. With --screenshot <path>, or when no display is available, it
 // renders the list offscreen into a PNG at 2x (and one at 1x beside it) and exits. With --dump it prints
 // the items, one per line, when it ends; --dump-file <path> writes the same lines to a file. --empty starts
-// with no items instead of the sample checklist.
+// with no items instead of the sample checklist. --help lists the options.
 #include "KRTodoStore.h"
 #include "KRTodoWindow.h"
 
 #include "Foundation/KRClock.h"
 
 #include <QApplication>
+#include <QCommandLineParser>
 #include <QDir>
 #include <QFileInfo>
 #include <QSaveFile>
 
 #include <cstdio>
-#include <cstring>
+#include <optional>
 
 namespace {
 
@@ -24,20 +25,61 @@ struct Options {
     bool empty = false;
 };
 
-Options parseOptions(int argc, char** argv) {
-    Options options;
-    for (int i = 1; i < argc; ++i) {
-        if (std::strcmp(argv[i], "--screenshot") == 0 && i + 1 < argc) {
-            options.screenshotPath = QString::fromLocal8Bit(argv[++i]);
-        } else if (std::strcmp(argv[i], "--dump") == 0) {
-            options.dump = true;
-        } else if (std::strcmp(argv[i], "--dump-file") == 0 && i + 1 < argc) {
-            options.dumpPath = QString::fromLocal8Bit(argv[++i]);
-        } else if (std::strcmp(argv[i], "--empty") == 0) {
-            options.empty = true;
+// What the command line asks for, or the exit status when it asks only for help or the version, or is
+// wrong: help and version go to stdout with status 0, mistakes to stderr with status 2.
+std::optional<int> parseOptions(int argc, char** argv, Options& options) {
+    QStringList arguments;
+    for (int i = 0; i < argc; ++i) {
+        arguments << QString::fromLocal8Bit(argv[i]);
+    }
+    QCommandLineParser parser;
+    parser.setApplicationDescription(QStringLiteral("A to-do checklist."));
+    const QCommandLineOption help = parser.addHelpOption();
+    const QCommandLineOption version = parser.addVersionOption();
+    const QCommandLineOption empty(QStringLiteral("empty"), QStringLiteral("Start with no items."));
+    const QCommandLineOption dump(QStringLiteral("dump"),
+                                  QStringLiteral("When KRTodo ends, print the items, one per line: "
+                                                 "status, a tab, the title."));
+    const QCommandLineOption dumpFile(QStringLiteral("dump-file"),
+                                      QStringLiteral("When KRTodo ends, write the same lines to <path>."),
+                                      QStringLiteral("path"));
+    const QCommandLineOption screenshot(QStringLiteral("screenshot"),
+                                        QStringLiteral("Draw the list into <path> (2x) and a -1x PNG beside "
+                                                       "it, then exit."),
+                                        QStringLiteral("path"));
+    parser.addOptions({empty, dump, dumpFile, screenshot});
+
+    const auto fail = [](const QString& message) {
+        std::fprintf(stderr, "KRTodo: %s
+Try 'KRTodo --help' for more information.\n", qPrintable(message));
+        return 2;
+    };
+    if (!parser.parse(arguments)) {
+        return fail(parser.errorText());
+    }
+    if (parser.isSet(help)) {
+        std::fputs(qPrintable(parser.helpText()), stdout);
+        return 0;
+    }
+    if (parser.isSet(version)) {
+        std::printf("%s %s\n", qPrintable(QCoreApplication::applicationName()),
+                    qPrintable(QCoreApplication::applicationVersion()));
+        return 0;
+    }
+    if (!parser.positionalArguments().isEmpty()) {
+        return fail(
+            QStringLiteral("unexpected argument '%1'").arg(parser.positionalArguments().constFirst()));
+    }
+    for (const QCommandLineOption& option : {dumpFile, screenshot}) {
+        if (parser.isSet(option) && parser.value(option).isEmpty()) {
+            return fail(QStringLiteral("--%1 needs a path").arg(option.names().constFirst()));
         }
     }
-    return options;
+    options.empty = parser.isSet(empty);
+    options.dump = parser.isSet(dump);
+    options.dumpPath = parser.value(dumpFile);
+    options.screenshotPath = parser.value(screenshot);
+    return std::nullopt;
 }
 
 bool hasNoDisplay() {
@@ -80,7 +122,12 @@ bool dumpStoreToFile(const KRTodoStore& store, const QString& path) {
 } // namespace
 
 int main(int argc, char** argv) {
-    Options options = parseOptions(argc, argv);
+    QCoreApplication::setApplicationName(QStringLiteral("KRTodo"));
+    QCoreApplication::setApplicationVersion(QStringLiteral(KRTODO_VERSION));
+    Options options;
+    if (const std::optional<int> status = parseOptions(argc, argv, options)) {
+        return *status;
+    }
     if (hasNoDisplay()) {
         qputenv("QT_QPA_PLATFORM", "offscreen");
         if (options.screenshotPath.isEmpty()) {
@@ -94,7 +141,6 @@ int main(int argc, char** argv) {
     }
 
     QApplication application(argc, argv);
-    QApplication::setApplicationName(QStringLiteral("KRTodo"));
 
     const std::shared_ptr<KRTodoStore> store =
         options.empty ? std::make_shared<KRTodoStore>() : KRTodoStore::makeSampleStore();

@@ -45,10 +45,10 @@ public:
     }
 
     // The commands the list's command decision offers the delegate first.
-    bool checkListViewTextViewDoCommandBySelector(KRCheckListView*, KRTextView*,
+    bool checkListViewTextViewDoCommandBySelector(KRCheckListView* checkListView, KRTextView* textView,
                                                   const KRSelector& selector) override {
         commands << selector.name();
-        return false;
+        return KRTodoStore::checkListViewTextViewDoCommandBySelector(checkListView, textView, selector);
     }
 
     std::vector<std::pair<KRUInteger, QString>> validatedTitles;
@@ -472,4 +472,68 @@ TEST_F(KRTodoMenusTests, DeletingSomeSelectedItemsEditsTheItemAboveAndLeavesNoth
     EXPECT_EQ(storeTitles(), (QStringList{"alpha", "bravo", "echo"}));
     EXPECT_TRUE(list().indexesForSelectedItems().isEmpty());
     EXPECT_EQ(list().indexForEditedItem(), 1u);
+}
+
+// Escape and the Insert commands
+// ------------------------------------------------------------------------------------------------------
+
+TEST_F(KRTodoMenusTests, EscapeSelectsTheItemThatWasEditedSoTheArrowsGoOn) {
+    edit(2, KRRange{1, 0});
+    press(Qt::Key_Escape);
+    EXPECT_EQ(list().indexForEditedItem(), KRNotFound);
+    EXPECT_EQ(list().indexesForSelectedItems(), KRIndexSet(2));
+    press(Qt::Key_Down);
+    EXPECT_EQ(list().indexForEditedItem(), 3u);
+    type(QStringLiteral("x"));
+    EXPECT_EQ(storeTitles()[3], QStringLiteral("deltax"));
+}
+
+TEST_F(KRTodoMenusTests, EscapeWithItemsSelectedLeavesNothingSelected) {
+    edit(2, KRRange{0, 0});
+    press(Qt::Key_Down, Qt::ShiftModifier);
+    ASSERT_FALSE(list().indexesForSelectedItems().isEmpty());
+    press(Qt::Key_Escape);
+    EXPECT_TRUE(list().indexesForSelectedItems().isEmpty());
+    EXPECT_EQ(list().indexForEditedItem(), KRNotFound);
+}
+
+TEST_F(KRTodoMenusTests, InsertBelowThenEscapeLeavesNoEmptyItemBehind) {
+    edit(1, KRRange{0, 0});
+    press(Qt::Key_N, Qt::ControlModifier);
+    ASSERT_EQ(store->count(), 6u);
+    ASSERT_EQ(list().indexForEditedItem(), 2u);
+    press(Qt::Key_Escape);
+    EXPECT_EQ(storeTitles(), (QStringList{"alpha", "bravo", "charlie", "delta", "echo"}));
+    EXPECT_EQ(list().numberOfItems(), 5u);
+    EXPECT_FALSE(store->hasItemInsertedByCommand());
+}
+
+TEST_F(KRTodoMenusTests, InsertedItemLeftEmptyByAClickElsewhereIsRemoved) {
+    edit(1, KRRange{0, 0});
+    press(Qt::Key_N, Qt::ControlModifier);
+    ASSERT_EQ(store->count(), 6u);
+    clickTitle(4);
+    EXPECT_EQ(storeTitles(), (QStringList{"alpha", "bravo", "charlie", "delta", "echo"}));
+    EXPECT_EQ(list().indexForEditedItem(), 3u);
+}
+
+TEST_F(KRTodoMenusTests, InsertedItemWithATitleStaysAndEscapeSelectsIt) {
+    edit(4, KRRange{0, 0});
+    press(Qt::Key_N, Qt::ControlModifier);
+    type(QStringLiteral("foxtrot"));
+    press(Qt::Key_Escape);
+    EXPECT_EQ(storeTitles(), (QStringList{"alpha", "bravo", "charlie", "delta", "echo", "foxtrot"}));
+    EXPECT_EQ(list().indexesForSelectedItems(), KRIndexSet(5));
+}
+
+TEST_F(KRTodoMenusTests, InsertedItemStaysWhileAnUpdateEndsAndResumesItsEdit) {
+    edit(4, KRRange{0, 0});
+    press(Qt::Key_N, Qt::ControlModifier);
+    ASSERT_EQ(list().indexForEditedItem(), 5u);
+    // An insertion above the edited item ends its edit and begins it again at its new index.
+    store->insertItems({store->makeItem(QStringLiteral("zulu"))}, KRIndexSet(0), &list());
+    window->settle();
+    EXPECT_EQ(store->count(), 7u);
+    EXPECT_EQ(list().indexForEditedItem(), 6u);
+    EXPECT_TRUE(store->hasItemInsertedByCommand());
 }

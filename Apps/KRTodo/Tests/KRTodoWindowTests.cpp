@@ -12,9 +12,11 @@
 #include <QMouseEvent>
 #include <QScrollArea>
 #include <QScrollBar>
+#include <QTest>
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cmath>
 #include <memory>
 
@@ -205,4 +207,46 @@ TEST_F(KRTodoWindowTests, ReturnOnTheLastRowGrowsTheHostAndKeepsTheNewCaretInVie
     EXPECT_GT(upArrows, static_cast<int>(count));
     EXPECT_EQ(window.checkListView().indexForEditedItem(), 0u);
     EXPECT_EQ(scrollPosition(), 0);
+}
+
+TEST_F(KRTodoWindowTests, PageDownAndPageUpScrollByAPageAndKeepTheEdit) {
+    window.resize(260, 300);
+    window.settle();
+    window.checkListView().beginEditingItemAtIndexSelectRange(0, KRRange{0, 0});
+    window.settle();
+    ASSERT_EQ(scrollPosition(), 0);
+    QScrollBar& scrollBar = *window.scrollArea().verticalScrollBar();
+    ASSERT_GT(scrollBar.maximum(), 0);
+
+    pressKey(Qt::Key_PageDown);
+    window.settle();
+    EXPECT_EQ(scrollPosition(), std::min(scrollBar.pageStep(), scrollBar.maximum()));
+    EXPECT_EQ(window.checkListView().indexForEditedItem(), 0u);
+    pressKey(Qt::Key_PageUp);
+    window.settle();
+    EXPECT_EQ(scrollPosition(), 0);
+    EXPECT_EQ(window.checkListView().indexForEditedItem(), 0u);
+    EXPECT_EQ(store->items()[0].title, QStringLiteral("Renew passport"));
+}
+
+TEST_F(KRTodoWindowTests, ClickBelowTheRowsEndsEditing) {
+    const int below = fittingHeight() + 10;
+    ASSERT_LT(below, window.hostWidget().height());
+    window.checkListView().beginEditingItemAtIndexSelectRange(2, KRRange{0, 0});
+    window.settle();
+    click(QPointF(40, below));
+    window.settle();
+    EXPECT_EQ(window.checkListView().indexForEditedItem(), KRNotFound);
+    EXPECT_EQ(window.checkListView().numberOfItems(), 12u);
+}
+
+TEST_F(KRTodoWindowTests, DoubleClickBelowTheRowsAddsAnItemAtTheEndToTypeInto) {
+    const int below = fittingHeight() + 10;
+    ASSERT_LT(below, window.hostWidget().height());
+    QTest::mouseDClick(&window.hostWidget(), Qt::LeftButton, Qt::NoModifier, QPoint(40, below));
+    window.settle();
+    ASSERT_EQ(store->count(), 13u);
+    EXPECT_EQ(window.checkListView().indexForEditedItem(), 12u);
+    type(QStringLiteral("Water the plants"));
+    EXPECT_EQ(store->items()[12].title, QStringLiteral("Water the plants"));
 }

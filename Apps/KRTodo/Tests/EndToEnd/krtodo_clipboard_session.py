@@ -1,0 +1,180 @@
+#!/usr/bin/env python3
+"""KRTodo's copy and paste through the X clipboard, with two KRTodo processes and another program.
+
+On one X server (Xvfb):
+1. KRTodo A starts with its sample checklist (open, completed and canceled items); Ctrl+A twice selects
+   every item, and Ctrl+C copies them.
+2. KRTodo B starts empty; Ctrl+V pastes A's items with their statuses, then B quits and writes its items.
+3. xclip, another program, puts three lines of text with "-" and "+" markers on the clipboard; KRTodo C
+   (empty) pastes them as three items. Then C makes a new item, types "Call ", and a single line from
+   xclip ("Sam") pasted while the title is edited goes into the title.
+Every title and status is read from the dumps the apps write as they quit.
+
+Exits 77 (skipped) only when Xvfb, xdotool or xclip is missing.
+"""
+
+import argparse
+import os
+import shutil
+import subprocess
+import sys
+
+from krtodo_keyboard_session import (SKIPPED, SessionError, keys, start_x_server, type_text, wait_until,
+                                     xdotool)
+
+SAMPLE = [
+    ("completed", "Renew passport"),
+    ("completed", "Book flights to Lisbon"),
+    ("open", "Ask Sam whether the flat in Alfama is still free for the second week of May; if it isn't, "
+             "find two others near a tram stop, with a kitchen and a washing machine"),
+    ("open", "Buy a travel adapter"),
+    ("completed", "Tell the bank the card will be used abroad"),
+    ("canceled", "Reserve a table at the fado place Rita recommended"),
+    ("open", "Download offline maps of Lisbon and Sintra"),
+    ("open", "Print the boarding passes and the car rental confirmation and put them in the blue folder "
+             "with the insurance papers"),
+    ("open", "Ask the neighbours to water the plants and take in the post"),
+    ("completed", "Charge the camera batteries"),
+    ("open", "Pack sunscreen, hats and the good walking shoes"),
+    ("open", "Set an out-of-office reply"),
+]
+
+FROM_TEXT = [
+    ("open", "Water the plants"),
+    ("completed", "Pay the rent"),
+    ("open", "Book a dentist appointment"),
+    ("open", "Call Sam"),
+]
+
+
+class App:
+    """One KRTodo process on the session's display, with its window once it is mapped."""
+
+    def __init__(self, path, env, log, dump_path, *options):
+        if os.path.exists(dump_path):
+            os.remove(dump_path)
+        self.dump_path = dump_path
+        self.env = env
+        self.process = subprocess.Popen([path, "--dump-file", dump_path, *options], env=env, stdout=log,
+                                        stderr=log)
+        self.window = wait_until(self._find_window, f"the window of KRTodo {options}")[0]
+
+    def _find_window(self):
+        if self.process.poll() is not None:
+            raise SessionError(f"KRTodo ended early with status {self.process.returncode}")
+        found = subprocess.run(["xdotool", "search", "--onlyvisible", "--pid", str(self.process.pid),
+                                "--name", "^KRTodo$"], env=self.env, capture_output=True, text=True)
+        return found.stdout.split()
+
+    def focus(self):
+        xdotool(self.env, "windowactivate", "--sync", self.window)
+        xdotool(self.env, "windowfocus", "--sync", self.window)
+        wait_until(lambda: xdotool(self.env, "getwindowfocus") == self.window, "the focus on KRTodo")
+
+    def quit_and_read_items(self):
+        self.focus()
+        keys(self.env, "ctrl+q")
+        status = wait_until(lambda: self.process.poll() is not None and [self.process.returncode],
+                            "KRTodo to quit")[0]
+        if status != 0:
+            raise SessionError(f"KRTodo exited with status {status}")
+        with open(self.dump_path, encoding="utf-8") as dump:
+            return [tuple(line.split("\t", 1)) for line in dump.read().splitlines()]
+
+    def kill(self):
+        if self.process.poll() is None:
+            self.process.kill()
+            self.process.wait()
+
+
+def put_text_on_clipboard(env, text):
+    """xclip owns the clipboard (it stays in the background until another program takes it)."""
+    subprocess.run(["xclip", "-selection", "clipboard", "-i"], input=text.encode(), env=env, check=True,
+                   timeout=30)
+    wait_until(lambda: subprocess.run(["xclip", "-selection", "clipboard", "-o"], env=env, capture_output=True,
+                                      timeout=30).stdout == text.encode(), "the text on the clipboard")
+
+
+def expect_items(name, items, expected):
+    print(f"{name}:")
+    for status, title in items:
+        print(f"  {status}\t{title}")
+    if items != expected:
+        raise SessionError(f"{name}: expected {expected}, got {items}")
+
+
+def run_session(app_path, out_dir):
+    os.makedirs(out_dir, exist_ok=True)
+    log = open(os.path.join(out_dir, "clipboard-session.log"), "w")
+    server = None
+    apps = []
+    try:
+        server, display = start_x_server(log)
+        env = dict(os.environ)
+        env["DISPLAY"] = display
+        env["QT_QPA_PLATFORM"] = "xcb"
+        env.pop("WAYLAND_DISPLAY", None)
+        if env.get("ASAN_OPTIONS"):
+            env["ASAN_OPTIONS"] += ":strict_string_checks=0"
+
+        # Items with their statuses, from one KRTodo to another.
+        source = App(app_path, env, log, os.path.join(out_dir, "KRTodo-copied-from.txt"))
+        apps.append(source)
+        source.focus()
+        # The first Select All takes the edited title, the second every item.
+        keys(env, "ctrl+a", "ctrl+a")
+        keys(env, "ctrl+c")
+        target = App(app_path, env, log, os.path.join(out_dir, "KRTodo-pasted-into.txt"), "--empty")
+        apps.append(target)
+        target.focus()
+        keys(env, "ctrl+v")
+        expect_items("pasted from another KRTodo", target.quit_and_read_items(), SAMPLE)
+        expect_items("copied from", source.quit_and_read_items(), SAMPLE)
+
+        # Text from another program, then a single line typed into an edited title.
+        text_target = App(app_path, env, log, os.path.join(out_dir, "KRTodo-pasted-text.txt"), "--empty")
+        apps.append(text_target)
+        put_text_on_clipboard(env, "- Water the plants\n  +  Pay the rent\nBook a dentist appointment\n")
+        text_target.focus()
+        # The last pasted item is edited; Item > Insert Below adds one after it.
+        keys(env, "ctrl+v")
+        keys(env, "ctrl+n")
+        type_text(env, "Call ")
+        put_text_on_clipboard(env, "Sam")
+        text_target.focus()
+        keys(env, "ctrl+v")
+        expect_items("pasted text", text_target.quit_and_read_items(), FROM_TEXT)
+    finally:
+        for app in apps:
+            app.kill()
+        if server:
+            server.terminate()
+            server.wait()
+        log.close()
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__)
+    parser.add_argument("--app", required=True, help="the KRTodo executable")
+    parser.add_argument("--out", required=True, help="where the dumps and the log go")
+    arguments = parser.parse_args()
+
+    missing = [tool for tool in ("Xvfb", "xdotool", "xclip") if not shutil.which(tool)]
+    if missing:
+        print("skipped: missing " + ", ".join(missing))
+        return SKIPPED
+    try:
+        run_session(arguments.app, arguments.out)
+    except (SessionError, subprocess.TimeoutExpired, subprocess.CalledProcessError, OSError) as error:
+        print(f"FAILED: {error}")
+        log_path = os.path.join(arguments.out, "clipboard-session.log")
+        if os.path.exists(log_path):
+            with open(log_path, encoding="utf-8", errors="replace") as log:
+                print(log.read()[-4000:])
+        return 1
+    print("passed")
+    return 0
+
+
+if __name__ == "__main__":
+    sys.exit(main())
