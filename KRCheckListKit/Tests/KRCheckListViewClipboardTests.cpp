@@ -1,0 +1,969 @@
+// The clipboard of the list: the JSON and plain-text forms of items, the parsing of text into items,
+// loading a row from a record, and copy, cut and paste with the messages they send, in order.
+#include "KRCheckListView.h"
+
+#include "KRCheckListViewTestSupport.h"
+
+#include "Foundation/KRAssertionHandler.h"
+#include "Foundation/KRLog.h"
+#include "Foundation/KRRunLoop.h"
+#include "Geometry/KRGeometry.h"
+#include "Platform/KRPasteboard.h"
+#include "Text/KRTextView.h"
+
+#include <QClipboard>
+#include <QGuiApplication>
+#include <QJsonArray>
+#include <QJsonDocument>
+#include <QJsonObject>
+#include <QMimeData>
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <random>
+#include <string>
+#include <vector>
+
+using namespace KRCheckListViewTesting;
+
+namespace {
+
+// Records every failed assertion and lets the program go on, as with assertions disabled.
+class RecordingAssertionHandler : public KRAssertionHandler {
+public:
+    void handleFailureInMethod(const QString& method, const KRObject*, const QString& file, int,
+                               const QString& message) override {
+        failures << method + QStringLiteral(" ") + file + QStringLiteral(": ") + message;
+    }
+    QStringList failures;
+};
+
+// A record as the parser makes it, for comparisons that print readably.
+struct Record {
+    QString title;
+    KRUInteger status = 0;
+    friend bool operator==(const Record&, const Record&) = default;
+};
+void PrintTo(const Record& record, std::ostream* os) {
+    *os << "{" << record.status << ", \"" << record.title.toStdString() << "\"}";
+}
+
+std::vector<Record> recordsOf(const QJsonArray& array) {
+    std::vector<Record> records;
+    for (const QJsonValue& value : array) {
+        const QJsonObject object = value.toObject();
+        records.push_back(
+            Record{object.value(QStringLiteral("title")).toString(),
+                   static_cast<KRUInteger>(object.value(QStringLiteral("status")).toInteger())});
+    }
+    return records;
+}
+
+std::vector<Record> parsed(const QString& text) {
+    return recordsOf(KRCheckListView::checkListViewItemsAsJSONByParsingItemsAsString(text));
+}
+
+// The records paste takes from data, or nothing when it passes the data over for the text.
+std::optional<std::vector<Record>> read(const QByteArray& data) {
+    const std::optional<QJsonArray> records = KRCheckListView::checkListViewItemsAsJSONByReadingData(data);
+    if (!records) {
+        return std::nullopt;
+    }
+    return recordsOf(*records);
+}
+
+class KRCheckListViewClipboardTests : public KRCheckListViewTestCase {
+protected:
+    void SetUp() override {
+        KRCheckListViewTestCase::SetUp();
+        KRPasteboard::setGeneralPasteboard(pasteboard);
+    }
+    void TearDown() override {
+        KRPasteboard::setGeneralPasteboard(nullptr);
+        KRCheckListViewTestCase::TearDown();
+    }
+
+    // Shows items "i0", "i1", … with these titles and statuses through the data source that groups; the log
+    // starts empty afterwards.
+    void showTitles(const QStringList& titles, const std::vector<KRUInteger>& statuses = {}) {
+        std::vector<Item> items;
+        for (qsizetype index = 0; index < titles.size(); ++index) {
+            const KRUInteger status = static_cast<std::size_t>(index) < statuses.size() ? statuses[index] : 0;
+            items.push_back(Item{QStringLiteral("i%1").arg(index), status, titles.at(index)});
+        }
+        showItemsFrom(groupingDataSource, {});
+        groupingDataSource->items = items;
+        list->reloadItems();
+        list->layoutIfNeeded();
+        log->clear();
+    }
+    // Shows n items "Item 0", "Item 1", ….
+    void showNumberedItems(int count) {
+        QStringList titles;
+        for (int index = 0; index < count; ++index) {
+            titles << QStringLiteral("Item %1").arg(index);
+        }
+        showTitles(titles);
+    }
+    // Gives the list the focus and selects these items; the log starts empty afterwards.
+    void selectItems(const KRIndexSet& indexes) {
+        window.makeFirstResponder(list.get());
+        KRRunLoop::main().runUntilIdle();
+        list->selectItemsAtIndexesByExtendingSelection(indexes, false);
+        KRRunLoop::main().runUntilIdle();
+        log->clear();
+    }
+    // Gives the list the focus with nothing edited and nothing selected.
+    void focusWithoutEditing() {
+        window.makeFirstResponder(list.get());
+        KRRunLoop::main().runUntilIdle();
+        list->endEditing();
+        KRRunLoop::main().runUntilIdle();
+        log->clear();
+    }
+
+    void putText(const QString& text) {
+        pasteboard->declareTypes({KRPasteboardTypeString}, nullptr);
+        pasteboard->setString(text, KRPasteboardTypeString);
+    }
+    // Puts data under the private type, and text too when there is some.
+    void putData(const QByteArray& data, const std::optional<QString>& text = std::nullopt) {
+        if (text) {
+            pasteboard->declareTypes({KRCheckListItemsAsJSONPasteboardType, KRPasteboardTypeString}, nullptr);
+            pasteboard->setString(*text, KRPasteboardTypeString);
+        } else {
+            pasteboard->declareTypes({KRCheckListItemsAsJSONPasteboardType}, nullptr);
+        }
+        pasteboard->setData(data, KRCheckListItemsAsJSONPasteboardType);
+    }
+
+    QStringList rowTitles() const {
+        QStringList titles;
+        for (const std::shared_ptr<KRCheckListItemView>& row : list->checkListItemViews()) {
+            titles << row->title();
+        }
+        return titles;
+    }
+    std::vector<KRUInteger> rowStatuses() const {
+        std::vector<KRUInteger> statuses;
+        for (const std::shared_ptr<KRCheckListItemView>& row : list->checkListItemViews()) {
+            statuses.push_back(row->status());
+        }
+        return statuses;
+    }
+    QStringList storedTitles() const {
+        QStringList titles;
+        for (const Item& item : groupingDataSource->items) {
+            titles << item.title;
+        }
+        return titles;
+    }
+    std::vector<KRUInteger> storedStatuses() const {
+        std::vector<KRUInteger> statuses;
+        for (const Item& item : groupingDataSource->items) {
+            statuses.push_back(item.status);
+        }
+        return statuses;
+    }
+    KRIndexSet allIndexes() const { return KRIndexSet(KRRange{0, list->numberOfItems()}); }
+    // Whether every selected index names an item.
+    bool selectionIsWithinTheItems() const {
+        const KRUInteger last = list->indexesForSelectedItems().lastIndex();
+        return last == KRNotFound || last < list->numberOfItems();
+    }
+
+    // The recording delegate implements the deprecated animated messages too.
+    KRLogCapture deprecationWarnings;
+    std::shared_ptr<KRPasteboard> pasteboard = KRPasteboard::makeInMemory();
+    std::shared_ptr<FullRecordingDataSource> groupingDataSource =
+        std::make_shared<FullRecordingDataSource>(log);
+};
+
+} // namespace
+
+// The plain-text form and its parser
+// ------------------------------------------------------------------------------------------------------
+
+TEST_F(KRCheckListViewClipboardTests, TheEmptyIndexSetGivesTheEmptyStringAndAnEmptyJSONArray) {
+    showTitles({"Milk", "Eggs"});
+    EXPECT_EQ(list->checkListViewStringRepresentationOfItemsAtIndexes(KRIndexSet()), QString());
+    EXPECT_EQ(list->checkListViewJSONRepresentationOfItemsAtIndexes(KRIndexSet()), QByteArray("[]"));
+}
+
+TEST_F(KRCheckListViewClipboardTests, TheTextFormMarksOpenItemsWithMinusAndEveryOtherStatusWithPlus) {
+    showTitles({"Milk", "Eggs", "Bread", "Jam"}, {0, 1, 2, 7});
+    EXPECT_EQ(list->checkListViewStringRepresentationOfItemsAtIndexes(allIndexes()),
+              QStringLiteral("- Milk\n+ Eggs\n+ Bread\n+ Jam\n"));
+    EXPECT_EQ(list->checkListViewStringRepresentationOfItemsAtIndexes(KRIndexSet{3, 0}),
+              QStringLiteral("- Milk\n+ Jam\n"))
+        << "ascending, every line ends in a line feed";
+}
+
+TEST_F(KRCheckListViewClipboardTests, AnEmptyTitleIsAMarkerAndASpace) {
+    showTitles({""});
+    EXPECT_EQ(list->checkListViewStringRepresentationOfItemsAtIndexes(KRIndexSet{0}), QStringLiteral("- \n"));
+}
+
+TEST_F(KRCheckListViewClipboardTests, TheWritersReadTheRowsNotTheDataSource) {
+    showTitles({"Milk"});
+    groupingDataSource->items[0].title = QStringLiteral("changed behind the list's back");
+    EXPECT_EQ(list->checkListViewStringRepresentationOfItemsAtIndexes(KRIndexSet{0}),
+              QStringLiteral("- Milk\n"));
+    EXPECT_TRUE(log->messages().isEmpty()) << "no client is asked";
+}
+
+TEST_F(KRCheckListViewClipboardTests, ATitleWithALineFeedIsWrittenOnSeveralLinesAndReadsBackAsSeveralItems) {
+    showTitles({QStringLiteral("Milk\nEggs")}, {1});
+    const QString text = list->checkListViewStringRepresentationOfItemsAtIndexes(KRIndexSet{0});
+    EXPECT_EQ(text, QStringLiteral("+ Milk\nEggs\n"));
+    EXPECT_EQ(parsed(text), (std::vector<Record>{{"Milk", 1}, {"Eggs", 0}}));
+}
+
+TEST_F(KRCheckListViewClipboardTests, AMarkedLineIsTrimmedAroundItsMarkerAndTitle) {
+    EXPECT_EQ(parsed(QStringLiteral("  +  Buy milk  ")), (std::vector<Record>{{"Buy milk", 1}}));
+}
+
+TEST_F(KRCheckListViewClipboardTests, ALoneMinusReadsBackAsAnEmptyOpenItem) {
+    EXPECT_EQ(parsed(QStringLiteral("-")), (std::vector<Record>{{"", 0}}));
+}
+
+TEST_F(KRCheckListViewClipboardTests, ALonePlusReadsBackAsAnEmptyCompletedItem) {
+    EXPECT_EQ(parsed(QStringLiteral("+")), (std::vector<Record>{{"", 1}}));
+    EXPECT_EQ(parsed(QStringLiteral("a\n+\t\n-\nb")),
+              (std::vector<Record>{{"a", 0}, {"", 1}, {"", 0}, {"b", 0}}));
+}
+
+TEST_F(KRCheckListViewClipboardTests, TextOfBlankLinesAndSpacesOnlyGivesOneEmptyItem) {
+    EXPECT_EQ(parsed(QStringLiteral("\n  \n\t \n\n   ")), (std::vector<Record>{{"", 0}}));
+    EXPECT_EQ(parsed(QString()), (std::vector<Record>{{"", 0}}));
+}
+
+TEST_F(KRCheckListViewClipboardTests, EmptyLinesInsideTheTextBecomeEmptyOpenItems) {
+    EXPECT_EQ(parsed(QStringLiteral("\n\nMilk\n\n  \n+ Eggs\n\n")),
+              (std::vector<Record>{{"Milk", 0}, {"", 0}, {"", 0}, {"Eggs", 1}}));
+}
+
+TEST_F(KRCheckListViewClipboardTests, OnlyOneMarkerIsDropped) {
+    EXPECT_EQ(parsed(QStringLiteral("- - Milk\n+ + Eggs\n--x\n+-y\n-+z")),
+              (std::vector<Record>{{"- Milk", 0}, {"+ Eggs", 1}, {"-x", 0}, {"-y", 1}, {"+z", 0}}));
+}
+
+TEST_F(KRCheckListViewClipboardTests, OtherMarkersArePartOfTheTitle) {
+    EXPECT_EQ(parsed(QStringLiteral("* Milk\n[x] Eggs\n1. Bread\n\u2022 Jam\n\u2013 Tea")),
+              (std::vector<Record>{{"* Milk", 0},
+                                   {"[x] Eggs", 0},
+                                   {"1. Bread", 0},
+                                   {QStringLiteral("\u2022 Jam"), 0},
+                                   {QStringLiteral("\u2013 Tea"), 0}}));
+}
+
+TEST_F(KRCheckListViewClipboardTests, ACarriageReturnStaysInEveryTitleButTheLast) {
+    EXPECT_EQ(parsed(QStringLiteral("- Milk\r\n+ Eggs\r\n- Bread\r\n")),
+              (std::vector<Record>{{"Milk\r", 0}, {"Eggs\r", 1}, {"Bread", 0}}));
+    EXPECT_EQ(parsed(QStringLiteral("a\rb")), (std::vector<Record>{{"a\rb", 0}}))
+        << "a lone CR separates nothing";
+    EXPECT_EQ(parsed(QStringLiteral("\r\n- Milk\r\n\r\n")), (std::vector<Record>{{"Milk", 0}}));
+}
+
+TEST_F(KRCheckListViewClipboardTests, TabsAreTrimmedLikeSpacesAndKeptInside) {
+    EXPECT_EQ(parsed(QStringLiteral("\t+\tMilk\tand eggs\t\n\t\t-\t\tBread")),
+              (std::vector<Record>{{"Milk\tand eggs", 1}, {"Bread", 0}}));
+}
+
+// Each line loses spaces of every kind (and tabs) at its ends, but not line ends, which only the whole text
+// loses at its ends; characters that are not spaces stay.
+TEST_F(KRCheckListViewClipboardTests, LinesAreTrimmedOfUnicodeSpacesButNotOfOtherCharacters) {
+    EXPECT_EQ(parsed(QStringLiteral("\u00A0\u3000+\u2003Milk\u00A0\n\u200B- Eggs")),
+              (std::vector<Record>{{"Milk", 1}, {QStringLiteral("\u200B- Eggs"), 0}}))
+        << "no-break and ideographic spaces are trimmed, a zero-width space is not";
+    EXPECT_EQ(parsed(QStringLiteral("- Milk\u2028\n- Eggs\u0085\n- Jam\u2029")),
+              (std::vector<Record>{
+                  {QStringLiteral("Milk\u2028"), 0}, {QStringLiteral("Eggs\u0085"), 0}, {"Jam", 0}}))
+        << "line and paragraph separators end only the whole text";
+    EXPECT_EQ(parsed(QStringLiteral("\u2028\u0085\v\f- Milk\v")), (std::vector<Record>{{"Milk", 0}}));
+}
+
+TEST_F(KRCheckListViewClipboardTests, UnicodeTitlesComeBackAsTheyWere) {
+    const QString combining = QStringLiteral("Cafe\u0301 cre\u0300me");
+    const QString rightToLeft = QStringLiteral("\u05E7\u05E0\u05D4 \u05D7\u05DC\u05D1");
+    const QString arabic = QStringLiteral("\u0627\u0634\u062A\u0631 \u062D\u0644\u064A\u0628");
+    const QString surrogates = QStringLiteral("Eggs \U0001F95A and \U0001F95B");
+    const QString text = QStringLiteral("- ") + combining + QStringLiteral("\n+ ") + rightToLeft +
+                         QStringLiteral("\n- ") + arabic + QStringLiteral("\n+ ") + surrogates +
+                         QStringLiteral("\n");
+    EXPECT_EQ(parsed(text),
+              (std::vector<Record>{{combining, 0}, {rightToLeft, 1}, {arabic, 0}, {surrogates, 1}}));
+    EXPECT_EQ(parsed(QStringLiteral("- \U0001F95A")).front().title.size(), 2)
+        << "a surrogate pair stays whole";
+    EXPECT_EQ(parsed(QStringLiteral("+\u0301")), (std::vector<Record>{{QStringLiteral("\u0301"), 1}}))
+        << "a combining mark on the marker is a title of its own";
+}
+
+TEST_F(KRCheckListViewClipboardTests, ACanceledItemCopiedAsTextComesBackCompleted) {
+    showTitles({"Milk"}, {2});
+    EXPECT_EQ(parsed(list->checkListViewStringRepresentationOfItemsAtIndexes(KRIndexSet{0})),
+              (std::vector<Record>{{"Milk", 1}}));
+}
+
+TEST_F(KRCheckListViewClipboardTests, ParsedRecordsHaveOnlyATitleAndAStatus) {
+    const QJsonArray records = KRCheckListView::checkListViewItemsAsJSONByParsingItemsAsString("+ Milk");
+    ASSERT_EQ(records.size(), 1);
+    EXPECT_EQ(records.at(0).toObject(), (QJsonObject{{"title", "Milk"}, {"status", 1}}));
+}
+
+// The JSON form
+// ------------------------------------------------------------------------------------------------------
+
+TEST_F(KRCheckListViewClipboardTests, TheJSONFormIsACompactArrayOfRecordsReadFromTheRows) {
+    showTitles({"Milk", "Eggs", "Bread"}, {0, 2, 1});
+    ASSERT_EQ(KRStringFromRect(rowAt(0)->frame()), QStringLiteral("{{0, 0}, {320, 28}}"))
+        << "integral values print without decimals";
+    const std::string thirdFrame = KRStringFromRect(rowAt(2)->frame()).toStdString();
+    const QByteArray json = list->checkListViewJSONRepresentationOfItemsAtIndexes(KRIndexSet{0, 2});
+    EXPECT_EQ(json.toStdString(), "[{\"frame\":\"{{0, 0}, {320, 28}}\",\"identifier\":\"i0\",\"index\":0,"
+                                  "\"status\":0,\"title\":\"Milk\"},"
+                                  "{\"frame\":\"" +
+                                      thirdFrame +
+                                      "\",\"identifier\":\"i2\",\"index\":2,"
+                                      "\"status\":1,\"title\":\"Bread\"}]");
+}
+
+TEST_F(KRCheckListViewClipboardTests, TheJSONFormWritesFramesWithFractionsAsDecimals) {
+    showTitles({"Milk"});
+    rowAt(0)->setFrame(KRRectMake(0.5, 28.25, 320, 28));
+    const QJsonArray records =
+        QJsonDocument::fromJson(list->checkListViewJSONRepresentationOfItemsAtIndexes(KRIndexSet{0})).array();
+    EXPECT_EQ(records.at(0).toObject().value("frame").toString(),
+              QStringLiteral("{{0.5, 28.25}, {320, 28}}"));
+}
+
+TEST_F(KRCheckListViewClipboardTests, TheJSONFormIsUTF8) {
+    showTitles({QStringLiteral("Gr\u00FC\u00DFe \U0001F95A")});
+    const QByteArray json = list->checkListViewJSONRepresentationOfItemsAtIndexes(KRIndexSet{0});
+    EXPECT_TRUE(json.contains(QStringLiteral("Gr\u00FC\u00DFe \U0001F95A").toUtf8()));
+}
+
+TEST_F(KRCheckListViewClipboardTests, TheWritersPassOverIndexesPastTheItems) {
+    showTitles({"Milk", "Eggs"});
+    EXPECT_EQ(list->checkListViewStringRepresentationOfItemsAtIndexes(KRIndexSet{1, 2, 99}),
+              QStringLiteral("- Eggs\n"));
+    EXPECT_EQ(QJsonDocument::fromJson(list->checkListViewJSONRepresentationOfItemsAtIndexes(KRIndexSet{5, 1}))
+                  .array()
+                  .size(),
+              1);
+}
+
+TEST_F(KRCheckListViewClipboardTests, ReadingDataFillsInAMissingTitleAndStatus) {
+    EXPECT_EQ(read(R"([{"title":"Milk"},{"status":2},{}])"),
+              (std::vector<Record>{{"Milk", 0}, {"", 2}, {"", 0}}));
+}
+
+TEST_F(KRCheckListViewClipboardTests, ReadingDataKeepsOnlyTitleAndStatus) {
+    const std::optional<QJsonArray> records = KRCheckListView::checkListViewItemsAsJSONByReadingData(
+        R"([{"identifier":"x","status":1,"title":"Milk","frame":"{{0, 0}, {1, 1}}","index":4,"other":[1]}])");
+    ASSERT_TRUE(records);
+    EXPECT_EQ(records->at(0).toObject(), (QJsonObject{{"title", "Milk"}, {"status", 1}}));
+}
+
+TEST_F(KRCheckListViewClipboardTests, ReadingDataTakesIntegralStatusesWrittenAsDecimals) {
+    EXPECT_EQ(read(R"([{"status":1.0},{"status":2e0},{"status":-0}])"),
+              (std::vector<Record>{{"", 1}, {"", 2}, {"", 0}}));
+}
+
+TEST_F(KRCheckListViewClipboardTests, ReadingDataRejectsAnythingButAnArrayOfRecords) {
+    for (const char* data : {"", "null", "{}", R"({"title":"Milk"})", "\"Milk\"", "3", "[1]", "[[]]",
+                             R"([{"title":"Milk"},null])", R"([{"title":"Milk"},"Eggs"])", "[{}]x", "[{}"}) {
+        EXPECT_FALSE(read(QByteArray(data))) << data;
+    }
+}
+
+TEST_F(KRCheckListViewClipboardTests, ReadingDataRejectsATitleThatIsNotAString) {
+    for (const char* data : {R"([{"title":1}])", R"([{"title":null}])", R"([{"title":["Milk"]}])",
+                             R"([{"title":{"text":"Milk"}}])", R"([{"title":true}])"}) {
+        EXPECT_FALSE(read(QByteArray(data))) << data;
+    }
+}
+
+TEST_F(KRCheckListViewClipboardTests, ReadingDataRejectsAStatusThatIsNotANonNegativeInteger) {
+    for (const char* data :
+         {R"([{"status":-1}])", R"([{"status":1.5}])", R"([{"status":"1"}])", R"([{"status":null}])",
+          R"([{"status":true}])", R"([{"status":1e300}])", R"([{"status":-1e300}])",
+          R"([{"status":18446744073709551616}])", R"([{"status":[1]}])"}) {
+        EXPECT_FALSE(read(QByteArray(data))) << data;
+    }
+}
+
+TEST_F(KRCheckListViewClipboardTests, ReadingDataRejectsDeepNestingWithoutOverflowingTheStack) {
+    const int depth = 1000000;
+    EXPECT_FALSE(read(QByteArray(depth, '[') + QByteArray(depth, ']')));
+    EXPECT_FALSE(read(QByteArray("[{\"title\":\"Milk\",\"x\":") + QByteArray(depth, '{')));
+}
+
+TEST_F(KRCheckListViewClipboardTests, ReadingDataTakesNestingInKeysItDoesNotRead) {
+    const int depth = 200;
+    const QByteArray data = QByteArray("[{\"title\":\"Milk\",\"x\":") + QByteArray(depth, '[') +
+                            QByteArray(depth, ']') + QByteArray("}]");
+    EXPECT_EQ(read(data), (std::vector<Record>{{"Milk", 0}}));
+}
+
+// Loading a row from a record
+// ------------------------------------------------------------------------------------------------------
+
+namespace {
+
+// Records each change of a row's title, status and frame with what the row holds at that moment.
+class RowChangeRecorder : public KRObject {
+public:
+    explicit RowChangeRecorder(KRCheckListItemView& row) : m_row(row) {
+        for (const char* key : {"title", "status", "frame"}) {
+            m_row.addObserver(this, key, 0, nullptr);
+        }
+    }
+    ~RowChangeRecorder() override {
+        for (const char* key : {"title", "status", "frame"}) {
+            m_row.removeObserver(this, key, nullptr);
+        }
+    }
+    void observeValueForKeyPath(const char* keyPath, KRObject*, const KRKeyValueChange&,
+                                const void*) override {
+        changes << QStringLiteral("%1 identifier %2 in batch %3")
+                       .arg(QLatin1String(keyPath), m_row.itemIdentifier().toString())
+                       .arg(m_row.updateCount());
+    }
+    QStringList changes;
+
+private:
+    KRCheckListItemView& m_row;
+};
+
+} // namespace
+
+TEST_F(KRCheckListViewClipboardTests, ARowLoadsTitleIdentifierStatusAndFrameFromARecordInOneUpdate) {
+    showTitles({"Milk"});
+    KRCheckListItemView row;
+    row.setItemIdentifier(QJsonValue(QStringLiteral("old")));
+    const QJsonObject record{{"identifier", "x7"},
+                             {"status", 2},
+                             {"title", "Eggs"},
+                             {"frame", "{{4, 28.5}, {300, 56}}"},
+                             {"index", 3}};
+    {
+        RowChangeRecorder recorder(row);
+        list->checkListViewInitCheckListItemViewWithJSON(&row, record);
+        // A new frame reports its origin and its size.
+        QStringList changes = recorder.changes;
+        changes.removeDuplicates();
+        EXPECT_EQ(linesOf(changes),
+                  linesOf(QStringList{"title identifier old in batch 1", "status identifier x7 in batch 1",
+                                      "frame identifier x7 in batch 1"}))
+            << "title, identifier, status, frame, in that order, inside one update of the row";
+    }
+    EXPECT_EQ(row.title(), QStringLiteral("Eggs"));
+    EXPECT_EQ(row.itemIdentifier(), QJsonValue(QStringLiteral("x7")));
+    EXPECT_EQ(row.status(), 2u);
+    EXPECT_EQ(row.frame(), KRRectMake(4, 28.5, 300, 56));
+    EXPECT_EQ(row.updateCount(), 0) << "the update is over";
+    EXPECT_FALSE(row.isUpdateScheduled());
+    EXPECT_TRUE(log->messages().isEmpty());
+}
+
+TEST_F(KRCheckListViewClipboardTests, ARowLoadsAnUnreadableRecordAsEmptyValues) {
+    showTitles({"Milk"});
+    KRCheckListItemView row;
+    list->checkListViewInitCheckListItemViewWithJSON(
+        &row, QJsonObject{{"title", 3}, {"status", -2}, {"frame", "garbage"}});
+    EXPECT_EQ(row.title(), QString());
+    EXPECT_EQ(row.status(), 0u);
+    EXPECT_EQ(row.frame(), KRRectZero);
+}
+
+TEST_F(KRCheckListViewClipboardTests, ARowLoadsAWrittenRecordBackAsItWas) {
+    showTitles({"Milk", "Eggs"}, {0, 1});
+    const QJsonArray records =
+        QJsonDocument::fromJson(list->checkListViewJSONRepresentationOfItemsAtIndexes(KRIndexSet{1})).array();
+    KRCheckListItemView row;
+    list->checkListViewInitCheckListItemViewWithJSON(&row, records.at(0).toObject());
+    EXPECT_EQ(row.title(), rowAt(1)->title());
+    EXPECT_EQ(row.itemIdentifier(), rowAt(1)->itemIdentifier());
+    EXPECT_EQ(row.status(), rowAt(1)->status());
+    EXPECT_EQ(row.frame(), rowAt(1)->frame());
+}
+
+TEST_F(KRCheckListViewClipboardTests, LoadingANilRowIsAnError) {
+    const std::optional<AssertionFailure> failure =
+        assertionFailureOf([&] { list->checkListViewInitCheckListItemViewWithJSON(nullptr, QJsonObject()); });
+    ASSERT_TRUE(failure);
+    EXPECT_EQ(failure->file, QStringLiteral("KRCheckListView"));
+    EXPECT_EQ(failure->method, QStringLiteral("checkListViewInitCheckListItemView:withJSON:"));
+}
+
+// Copy and cut
+// ------------------------------------------------------------------------------------------------------
+
+TEST_F(KRCheckListViewClipboardTests, CopyDeclaresBothTypesWithTheListAsOwnerThenWritesThem) {
+    showTitles({"Milk", "Eggs", "Bread"}, {0, 1, 0});
+    selectItems(KRIndexSet{0, 1});
+    const KRInteger before = pasteboard->changeCount();
+    list->copy();
+    EXPECT_EQ(pasteboard->changeCount(), before + 1) << "one declaration clears the pasteboard";
+    EXPECT_EQ(pasteboard->types(),
+              (QStringList{KRCheckListItemsAsJSONPasteboardType, KRPasteboardTypeString}));
+    EXPECT_EQ(pasteboard->owner(), list.get());
+    EXPECT_EQ(pasteboard->dataForType(KRCheckListItemsAsJSONPasteboardType),
+              list->checkListViewJSONRepresentationOfItemsAtIndexes(KRIndexSet{0, 1}));
+    EXPECT_EQ(pasteboard->stringForType(KRPasteboardTypeString), QStringLiteral("- Milk\n+ Eggs\n"));
+    EXPECT_TRUE(log->messages().isEmpty()) << "copying asks no client";
+}
+
+TEST_F(KRCheckListViewClipboardTests, CopyReplacesWhatThePasteboardHeld) {
+    showTitles({"Milk"});
+    pasteboard->declareTypes({KRPasteboardTypeHTML}, nullptr);
+    pasteboard->setString(QStringLiteral("<b>x</b>"), KRPasteboardTypeHTML);
+    selectItems(KRIndexSet{0});
+    list->copy();
+    EXPECT_FALSE(pasteboard->dataForType(KRPasteboardTypeHTML));
+}
+
+TEST_F(KRCheckListViewClipboardTests, CopyWithAnItemMerelyEditedWritesAnEmptyList) {
+    showTitles({"Milk", "Eggs"});
+    editItem(1, KRMakeRange(0, 0));
+    list->copy();
+    EXPECT_EQ(pasteboard->dataForType(KRCheckListItemsAsJSONPasteboardType), QByteArray("[]"));
+    EXPECT_EQ(pasteboard->stringForType(KRPasteboardTypeString), QString());
+    EXPECT_EQ(list->indexForEditedItem(), 1u) << "copying leaves the edit alone";
+}
+
+TEST_F(KRCheckListViewClipboardTests, CutCopiesThenDeletesTheSelection) {
+    showTitles({"Milk", "Eggs", "Bread", "Jam"}, {0, 1, 0, 0});
+    selectItems(KRIndexSet{1, 2});
+    list->cut();
+    EXPECT_EQ(pasteboard->stringForType(KRPasteboardTypeString), QStringLiteral("+ Eggs\n- Bread\n"));
+    EXPECT_EQ(read(*pasteboard->dataForType(KRCheckListItemsAsJSONPasteboardType)),
+              (std::vector<Record>{{"Eggs", 1}, {"Bread", 0}}));
+    EXPECT_EQ(linesOf(storedTitles()), linesOf(QStringList{"Milk", "Jam"}));
+    EXPECT_EQ(list->indexForEditedItem(), 1u) << "delete edits the item that followed the cut ones";
+    EXPECT_EQ(log->messages().value(0), QStringLiteral("willRemoveItemsAtIndexes {1, 2}"))
+        << "copying sends nothing before the deletion";
+}
+
+// Paste: the full message sequence
+// ------------------------------------------------------------------------------------------------------
+
+TEST_F(KRCheckListViewClipboardTests, PastingCopiedItemsOverASelectionSendsEveryMessageInOrder) {
+    showNumberedItems(10);
+    selectItems(KRIndexSet{2, 4});
+    list->copy();
+    EXPECT_EQ(read(*pasteboard->dataForType(KRCheckListItemsAsJSONPasteboardType)).value().size(), 2u);
+    EXPECT_EQ(pasteboard->stringForType(KRPasteboardTypeString), QStringLiteral("- Item 2\n- Item 4\n"));
+    selectItems(KRIndexSet{7});
+
+    list->paste();
+    const auto insertion = [](int index) {
+        const QString i = QString::number(index);
+        return QStringList{"willInsertItemsAtIndexes {" + i + "}",
+                           "insertItemsAtIndexes {" + i + "}",
+                           "willBeginUpdates",
+                           "willUpdateByInsertingItemsAtIndexes {" + i + "}",
+                           "willUpdateByInsertingItemsAtIndexes {" + i + "} animated false",
+                           "identifierForItemAtIndex " + i,
+                           "statusForItemAtIndex " + i,
+                           "titleForItemAtIndex " + i,
+                           "didUpdateByInsertingItemsAtIndexes {" + i + "}",
+                           "didUpdateByInsertingItemsAtIndexes {" + i + "} animated false",
+                           "didChangeSizeThatFits",
+                           "didEndUpdates",
+                           "didInsertItemsAtIndexes {" + i + "}"};
+    };
+    QStringList expected{"beginGrouping"};
+    expected << insertion(8)
+             << QStringList{"validateChangedTitle \"Item 2\" forItemAtIndex 8",
+                            "validateChangedStatus 0 forItemAtIndex 8", "willEndEditingItemAtIndex 8"};
+    expected << insertion(9)
+             << QStringList{"validateChangedTitle \"Item 4\" forItemAtIndex 9",
+                            "validateChangedStatus 0 forItemAtIndex 9", "willEndEditingItemAtIndex 9"};
+    expected << QStringList{"willRemoveItemsAtIndexes {7}",
+                            "removeItemsAtIndexes {7}",
+                            "willBeginUpdates",
+                            "willUpdateByRemovingItemsAtIndexes {7}",
+                            "willUpdateByRemovingItemsAtIndexes {7} animated false",
+                            "didUpdateByRemovingItemsAtIndexes {7}",
+                            "didUpdateByRemovingItemsAtIndexes {7} animated false",
+                            "didChangeSizeThatFits",
+                            "didEndUpdates",
+                            "didRemoveItemsAtIndexes {7}",
+                            "willSelectItemsAtIndexes {}",
+                            "didSelectItemsAtIndexes {}",
+                            "endGrouping"};
+    EXPECT_EQ(linesOf(log->messages()), linesOf(expected));
+    EXPECT_EQ(list->indexForEditedItem(), KRNotFound) << "editing waits for the next turn";
+    EXPECT_TRUE(list->indexesForSelectedItems().isEmpty());
+
+    log->clear();
+    KRRunLoop::main().runOneTurn();
+    EXPECT_EQ(linesOf(log->messages()),
+              linesOf(QStringList{"willBeginEditingItemAtIndex 8", "didBeginEditingItemAtIndex 8"}));
+    EXPECT_EQ(list->indexForEditedItem(), 8u) << "the last pasted item";
+    EXPECT_EQ(selectionInTitleAtIndex(8), "{6, 0}") << "the caret at the end of its title";
+    EXPECT_EQ(linesOf(storedTitles()),
+              linesOf(QStringList{"Item 0", "Item 1", "Item 2", "Item 3", "Item 4", "Item 5", "Item 6",
+                                  "Item 2", "Item 4", "Item 8", "Item 9"}));
+    EXPECT_EQ(linesOf(rowTitles()), linesOf(storedTitles()));
+}
+
+// The edge cases
+// ------------------------------------------------------------------------------------------------------
+
+TEST_F(KRCheckListViewClipboardTests, CopyOfTwoSeparateItemsWritesTwoRecordsAndTwoLines) {
+    showNumberedItems(10);
+    groupingDataSource->items[4].status = 1;
+    list->reloadItems();
+    selectItems(KRIndexSet{2, 4});
+    list->copy();
+    EXPECT_EQ(read(*pasteboard->dataForType(KRCheckListItemsAsJSONPasteboardType)),
+              (std::vector<Record>{{"Item 2", 0}, {"Item 4", 1}}));
+    const QJsonArray records =
+        QJsonDocument::fromJson(*pasteboard->dataForType(KRCheckListItemsAsJSONPasteboardType)).array();
+    EXPECT_EQ(records.at(0).toObject().value("index").toInteger(), 2);
+    EXPECT_EQ(records.at(1).toObject().value("index").toInteger(), 4);
+    EXPECT_EQ(records.at(1).toObject().value("identifier").toString(), QStringLiteral("i4"));
+    EXPECT_EQ(pasteboard->stringForType(KRPasteboardTypeString), QStringLiteral("- Item 2\n+ Item 4\n"));
+}
+
+TEST_F(KRCheckListViewClipboardTests,
+       PastingTwoItemsWithItemSevenSelectedInsertsAtEightAndNineAndRemovesSeven) {
+    showNumberedItems(10);
+    groupingDataSource->items[4].status = 2;
+    list->reloadItems();
+    selectItems(KRIndexSet{2, 4});
+    list->copy();
+    selectItems(KRIndexSet{7});
+    list->paste();
+    EXPECT_EQ(linesOf(log->startingWith({"insertItemsAtIndexes", "removeItemsAtIndexes"})),
+              linesOf(QStringList{"insertItemsAtIndexes {8}", "insertItemsAtIndexes {9}",
+                                  "removeItemsAtIndexes {7}"}));
+    EXPECT_EQ(linesOf(storedTitles()),
+              linesOf(QStringList{"Item 0", "Item 1", "Item 2", "Item 3", "Item 4", "Item 5", "Item 6",
+                                  "Item 2", "Item 4", "Item 8", "Item 9"}));
+    EXPECT_EQ(storedStatuses(), (std::vector<KRUInteger>{0, 0, 0, 0, 2, 0, 0, 0, 2, 0, 0}))
+        << "the records keep statuses";
+    EXPECT_EQ(rowStatuses(), storedStatuses());
+}
+
+TEST_F(KRCheckListViewClipboardTests, PasteWhileEditingAnEmptyItemWithNothingSelectedReplacesIt) {
+    showTitles({"Milk", "Eggs", "Bread", "", "Jam"});
+    putText(QStringLiteral("- Tea\n+ Coffee\n"));
+    editItem(3, KRMakeRange(0, 0));
+    list->paste();
+    EXPECT_EQ(linesOf(log->startingWith({"willEndEditing", "didEndEditing", "insertItemsAtIndexes",
+                                         "removeItemsAtIndexes", "beginGrouping", "endGrouping"})),
+              linesOf(QStringList{"willEndEditingItemAtIndex 3", "didEndEditingItemAtIndex 3",
+                                  "beginGrouping", "insertItemsAtIndexes {4}", "willEndEditingItemAtIndex 4",
+                                  "insertItemsAtIndexes {5}", "willEndEditingItemAtIndex 5",
+                                  "removeItemsAtIndexes {3}", "endGrouping"}));
+    EXPECT_EQ(linesOf(storedTitles()), linesOf(QStringList{"Milk", "Eggs", "Bread", "Tea", "Coffee", "Jam"}));
+    EXPECT_EQ(storedStatuses(), (std::vector<KRUInteger>{0, 0, 0, 0, 1, 0}));
+    KRRunLoop::main().runOneTurn();
+    EXPECT_EQ(list->indexForEditedItem(), 4u);
+    EXPECT_EQ(selectionInTitleAtIndex(4), "{6, 0}");
+}
+
+TEST_F(KRCheckListViewClipboardTests, PasteWhileEditingANonEmptyItemInsertsBelowItAndKeepsIt) {
+    showTitles({"Milk", "Eggs", "Bread", "Butter", "Jam"});
+    putText(QStringLiteral("Tea\nCoffee"));
+    editItem(3, KRMakeRange(2, 0));
+    list->paste();
+    EXPECT_EQ(linesOf(log->startingWith({"insertItemsAtIndexes", "removeItemsAtIndexes"})),
+              linesOf(QStringList{"insertItemsAtIndexes {4}", "insertItemsAtIndexes {5}",
+                                  "removeItemsAtIndexes {}"}));
+    EXPECT_EQ(linesOf(storedTitles()),
+              linesOf(QStringList{"Milk", "Eggs", "Bread", "Butter", "Tea", "Coffee", "Jam"}));
+    KRRunLoop::main().runOneTurn();
+    EXPECT_EQ(list->indexForEditedItem(), 5u);
+}
+
+TEST_F(KRCheckListViewClipboardTests, PastingTwoLinesWhileEditingGivesTwoNewItemsNotTextInTheTitle) {
+    showTitles({"Milk", "Eggs"});
+    putText(QStringLiteral("Tea\nCoffee"));
+    editItem(0, KRMakeRange(2, 0));
+    list->paste();
+    EXPECT_EQ(linesOf(storedTitles()), linesOf(QStringList{"Milk", "Tea", "Coffee", "Eggs"}));
+    EXPECT_EQ(rowAt(0)->title(), QStringLiteral("Milk"));
+}
+
+TEST_F(KRCheckListViewClipboardTests, PastingASingleLineWhileEditingTypesItIntoTheTitle) {
+    showTitles({"Milk", "Eggs"});
+    putText(QStringLiteral("Tea"));
+    editItem(0, KRMakeRange(1, 2));
+    list->paste();
+    EXPECT_EQ(linesOf(log->messages()),
+              linesOf(QStringList{"validateChangedTitle \"MTeak\" forItemAtIndex 0"}))
+        << "typing, validated like a keystroke; no item is inserted";
+    EXPECT_EQ(linesOf(storedTitles()), linesOf(QStringList{"MTeak", "Eggs"}));
+    EXPECT_EQ(list->indexForEditedItem(), 0u) << "editing goes on in that title";
+    EXPECT_EQ(selectionInTitleAtIndex(0), "{4, 0}");
+    KRRunLoop::main().runUntilIdle();
+    EXPECT_FALSE(log->contains(QStringLiteral("willBeginEditingItemAtIndex 0"))) << "no edit begins later";
+    EXPECT_EQ(list->indexForEditedItem(), 0u);
+}
+
+TEST_F(KRCheckListViewClipboardTests, PastingASingleLineWithMarkersWhileEditingTypesItAsItIs) {
+    showTitles({"Milk"});
+    putText(QStringLiteral("+ Tea"));
+    editItem(0, KRMakeRange(4, 0));
+    list->paste();
+    EXPECT_EQ(linesOf(storedTitles()), linesOf(QStringList{"Milk+ Tea"}));
+}
+
+TEST_F(KRCheckListViewClipboardTests, PastingWithNothingEditedOrSelectedAppendsAtTheEnd) {
+    showTitles({"Milk", "Eggs"});
+    putText(QStringLiteral("+ Tea"));
+    focusWithoutEditing();
+    list->paste();
+    EXPECT_EQ(linesOf(log->startingWith({"insertItemsAtIndexes", "removeItemsAtIndexes"})),
+              linesOf(QStringList{"insertItemsAtIndexes {2}", "removeItemsAtIndexes {}"}));
+    EXPECT_EQ(linesOf(storedTitles()), linesOf(QStringList{"Milk", "Eggs", "Tea"}));
+    EXPECT_EQ(storedStatuses(), (std::vector<KRUInteger>{0, 0, 1}));
+    KRRunLoop::main().runOneTurn();
+    EXPECT_EQ(list->indexForEditedItem(), 2u);
+}
+
+TEST_F(KRCheckListViewClipboardTests, PastingASingleLineWithNothingEditedGivesOneItem) {
+    showTitles({});
+    putText(QStringLiteral("Tea"));
+    focusWithoutEditing();
+    list->paste();
+    EXPECT_EQ(linesOf(storedTitles()), linesOf(QStringList{"Tea"}));
+}
+
+TEST_F(KRCheckListViewClipboardTests, TheLastSelectedItemDecidesWhereTheItemsGo) {
+    showNumberedItems(6);
+    putText(QStringLiteral("Tea\nCoffee"));
+    selectItems(KRIndexSet{1, 3});
+    list->paste();
+    EXPECT_EQ(linesOf(log->startingWith({"insertItemsAtIndexes", "removeItemsAtIndexes"})),
+              linesOf(QStringList{"insertItemsAtIndexes {4}", "insertItemsAtIndexes {5}",
+                                  "removeItemsAtIndexes {1, 3}"}));
+    EXPECT_EQ(linesOf(storedTitles()),
+              linesOf(QStringList{"Item 0", "Item 2", "Tea", "Coffee", "Item 4", "Item 5"}));
+    KRRunLoop::main().runOneTurn();
+    EXPECT_EQ(list->indexForEditedItem(), 3u) << "the last pasted item, after the removal";
+}
+
+TEST_F(KRCheckListViewClipboardTests, TheValidatorsAnswersAreWhatThePastedRowsShow) {
+    showTitles({"Milk"});
+    putData(R"([{"title":"tea","status":1},{"title":"coffee","status":0}])");
+    groupingDataSource->titleValidator = [this](const QString& title, KRUInteger index) {
+        groupingDataSource->items.at(index).title = title.toUpper();
+        return title.toUpper();
+    };
+    groupingDataSource->statusValidator = [this](KRUInteger, KRUInteger index) {
+        groupingDataSource->items.at(index).status = 2;
+        return KRUInteger{2};
+    };
+    focusWithoutEditing();
+    list->paste();
+    EXPECT_EQ(linesOf(rowTitles()), linesOf(QStringList{"Milk", "TEA", "COFFEE"}));
+    EXPECT_EQ(rowStatuses(), (std::vector<KRUInteger>{0, 2, 2}));
+    EXPECT_EQ(linesOf(log->startingWith({"validate"})),
+              linesOf(QStringList{"validateChangedTitle \"tea\" forItemAtIndex 1",
+                                  "validateChangedStatus 1 forItemAtIndex 1",
+                                  "validateChangedTitle \"coffee\" forItemAtIndex 2",
+                                  "validateChangedStatus 0 forItemAtIndex 2"}));
+}
+
+TEST_F(KRCheckListViewClipboardTests, RecordsWithoutTitleOrStatusGiveAnEmptyTitleAndStatusZero) {
+    showTitles({"Milk"});
+    putData(R"([{"status":1},{"title":"Tea"},{}])");
+    focusWithoutEditing();
+    list->paste();
+    EXPECT_EQ(linesOf(log->startingWith({"validate"})),
+              linesOf(QStringList{
+                  "validateChangedTitle \"\" forItemAtIndex 1", "validateChangedStatus 1 forItemAtIndex 1",
+                  "validateChangedTitle \"Tea\" forItemAtIndex 2", "validateChangedStatus 0 forItemAtIndex 2",
+                  "validateChangedTitle \"\" forItemAtIndex 3", "validateChangedStatus 0 forItemAtIndex 3"}));
+}
+
+TEST_F(KRCheckListViewClipboardTests, PasteTakesTheRecordsOverTheText) {
+    showTitles({"Milk"});
+    putData(R"([{"title":"Tea","status":2}])", QStringLiteral("- Something else\n- entirely"));
+    focusWithoutEditing();
+    list->paste();
+    EXPECT_EQ(linesOf(storedTitles()), linesOf(QStringList{"Milk", "Tea"}));
+    EXPECT_EQ(storedStatuses(), (std::vector<KRUInteger>{0, 2}));
+}
+
+TEST_F(KRCheckListViewClipboardTests, RecordsArePastedEvenWhileATitleIsEdited) {
+    showTitles({"Milk", "Eggs"});
+    putData(R"([{"title":"Tea"}])", QStringLiteral("Tea"));
+    editItem(0, KRMakeRange(4, 0));
+    list->paste();
+    EXPECT_EQ(linesOf(storedTitles()), linesOf(QStringList{"Milk", "Tea", "Eggs"})) << "an item, not typing";
+}
+
+TEST_F(KRCheckListViewClipboardTests, AnEmptyArrayOfRecordsPastesNothingAndIgnoresTheText) {
+    showTitles({"Milk"});
+    putData("[]", QStringLiteral("Tea"));
+    focusWithoutEditing();
+    list->paste();
+    EXPECT_TRUE(log->messages().isEmpty());
+    EXPECT_EQ(KRRunLoop::main().runOneTurn(), 0);
+}
+
+TEST_F(KRCheckListViewClipboardTests, DataThatIsNotJSONFallsBackToTheTextSilently) {
+    showTitles({"Milk"});
+    putData("this is not JSON", QStringLiteral("+ Tea"));
+    auto handler = std::make_shared<RecordingAssertionHandler>();
+    KRAssertionHandler::setCurrentHandler(handler);
+    focusWithoutEditing();
+    list->paste();
+    EXPECT_TRUE(handler->failures.isEmpty());
+    EXPECT_EQ(linesOf(storedTitles()), linesOf(QStringList{"Milk", "Tea"}));
+    EXPECT_EQ(storedStatuses(), (std::vector<KRUInteger>{0, 1}));
+}
+
+TEST_F(KRCheckListViewClipboardTests, NoItemsAndNoTextOnThePasteboardIsAnError) {
+    showTitles({"Milk"});
+    focusWithoutEditing();
+    const std::optional<AssertionFailure> failure = assertionFailureOf([&] { list->paste(); });
+    ASSERT_TRUE(failure);
+    EXPECT_EQ(failure->method, QStringLiteral("paste:"));
+    EXPECT_EQ(failure->file, QStringLiteral("KRCheckListView"));
+    EXPECT_EQ(failure->object, list.get());
+    EXPECT_EQ(
+        failure->message,
+        QStringLiteral("[ERROR] Can't paste check list items, no check list items found on pastebaord"));
+}
+
+TEST_F(KRCheckListViewClipboardTests, WithAssertionsDisabledAPasteWithoutTextChangesNothing) {
+    showTitles({"Milk", ""});
+    editItem(1, KRMakeRange(0, 0));
+    putData("not JSON");
+    auto handler = std::make_shared<RecordingAssertionHandler>();
+    KRAssertionHandler::setCurrentHandler(handler);
+    list->paste();
+    EXPECT_EQ(linesOf(handler->failures),
+              linesOf(QStringList{
+                  "paste: KRCheckListView: [ERROR] Can't paste check list items, no check list items "
+                  "found on pastebaord"}));
+    EXPECT_TRUE(log->messages().isEmpty());
+    EXPECT_EQ(list->indexForEditedItem(), 1u);
+    EXPECT_EQ(KRRunLoop::main().runOneTurn(), 0);
+}
+
+TEST_F(KRCheckListViewClipboardTests, EmptyTextWithNothingEditedPastesOneEmptyItem) {
+    showTitles({"Milk"});
+    putText(QString());
+    focusWithoutEditing();
+    list->paste();
+    EXPECT_EQ(linesOf(storedTitles()), linesOf(QStringList{"Milk", ""}));
+}
+
+TEST_F(KRCheckListViewClipboardTests, AfterAPasteNothingIsSelectedAndTheLastPastedItemIsEdited) {
+    showNumberedItems(4);
+    putText(QStringLiteral("a\nb\nc"));
+    selectItems(KRIndexSet{0, 1});
+    list->paste();
+    KRRunLoop::main().runOneTurn();
+    EXPECT_TRUE(list->indexesForSelectedItems().isEmpty());
+    EXPECT_EQ(indexesOf(selectedRows()), indexesOf(KRIndexSet()));
+    EXPECT_EQ(list->indexForEditedItem(), 2u);
+    EXPECT_EQ(indexesOf(editedRows()), indexesOf(KRIndexSet{2}));
+    EXPECT_EQ(linesOf(rowTitles()), linesOf(QStringList{"a", "b", "c", "Item 2", "Item 3"}));
+}
+
+TEST_F(KRCheckListViewClipboardTests, NoSelectedIndexOutlivesTheReplacedSelection) {
+    showNumberedItems(6);
+    putText(QStringLiteral("Tea"));
+    selectItems(KRIndexSet(KRRange{1, 5}));
+    list->paste();
+    EXPECT_EQ(list->numberOfItems(), 2u);
+    EXPECT_TRUE(selectionIsWithinTheItems());
+    EXPECT_TRUE(list->indexesForSelectedItems().isEmpty());
+    EXPECT_EQ(indexesOf(selectedRows()), indexesOf(KRIndexSet()));
+    KRRunLoop::main().runOneTurn();
+    EXPECT_EQ(list->indexForEditedItem(), 1u);
+}
+
+TEST_F(KRCheckListViewClipboardTests, TheDeferredEditIsDroppedWhenTheListIsGone) {
+    showTitles({"Milk"});
+    putText(QStringLiteral("Tea"));
+    focusWithoutEditing();
+    list->paste();
+    window.makeFirstResponder(nullptr);
+    list->removeFromSuperview();
+    list.reset();
+    log->clear();
+    KRRunLoop::main().runUntilIdle();
+    EXPECT_TRUE(log->messages().isEmpty()) << "the deferred edit finds no list";
+}
+
+TEST_F(KRCheckListViewClipboardTests, TheDeferredEditFallsBackToTheLastItemWhenThePastedRowIsGone) {
+    showTitles({"Milk", "Eggs"});
+    putText(QStringLiteral("Tea"));
+    focusWithoutEditing();
+    list->paste();
+    // The host removes the pasted item before the next turn.
+    list->removeItemAtIndex(2);
+    KRRunLoop::main().runOneTurn();
+    EXPECT_EQ(list->indexForEditedItem(), 1u);
+}
+
+// Stale selections: a client that removed items without fixing the selection
+// ------------------------------------------------------------------------------------------------------
+
+namespace {
+
+// Removes the last items behind the list's back: only the update is reported, the selection stays.
+void removeTrailingItemsLeavingTheSelection(KRCheckListView& list, FullRecordingDataSource& dataSource,
+                                            KRUInteger count) {
+    const KRUInteger first = dataSource.items.size() - count;
+    dataSource.items.resize(first);
+    list.beginUpdates();
+    list.updateByRemovingItemsAtIndexes(KRIndexSet(KRRange{first, count}));
+    list.endUpdates();
+}
+
+} // namespace
+
+TEST_F(KRCheckListViewClipboardTests, CopyPassesOverSelectedIndexesPastTheItems) {
+    showNumberedItems(5);
+    selectItems(KRIndexSet{1, 3, 4});
+    removeTrailingItemsLeavingTheSelection(*list, *groupingDataSource, 2);
+    ASSERT_EQ(list->indexesForSelectedItems().lastIndex(), 4u) << "the selection is stale";
+    list->copy();
+    EXPECT_EQ(pasteboard->stringForType(KRPasteboardTypeString), QStringLiteral("- Item 1\n"));
+    EXPECT_EQ(read(*pasteboard->dataForType(KRCheckListItemsAsJSONPasteboardType)),
+              (std::vector<Record>{{"Item 1", 0}}));
+}
+
+TEST_F(KRCheckListViewClipboardTests, PasteIgnoresSelectedIndexesPastTheItems) {
+    showNumberedItems(5);
+    selectItems(KRIndexSet{1, 4});
+    removeTrailingItemsLeavingTheSelection(*list, *groupingDataSource, 2);
+    putText(QStringLiteral("Tea\nCoffee"));
+    log->clear();
+    list->paste();
+    EXPECT_EQ(linesOf(log->startingWith({"insertItemsAtIndexes", "removeItemsAtIndexes"})),
+              linesOf(QStringList{"insertItemsAtIndexes {2}", "insertItemsAtIndexes {3}",
+                                  "removeItemsAtIndexes {1}"}));
+    EXPECT_EQ(linesOf(storedTitles()), linesOf(QStringList{"Item 0", "Tea", "Coffee", "Item 2"}));
+    EXPECT_TRUE(list->indexesForSelectedItems().isEmpty());
+    KRRunLoop::main().runOneTurn();
+    EXPECT_EQ(list->indexForEditedItem(), 2u);
+}
+
+TEST_F(KRCheckListViewClipboardTests, PasteWithAWhollyStaleSelectionAppendsAndClearsIt) {
+    showNumberedItems(4);
+    selectItems(KRIndexSet{3});
+    removeTrailingItemsLeavingTheSelection(*list, *groupingDataSource, 2);
+    putText(QStringLiteral("Tea\nCoffee\nJam"));
+    log->clear();
+    list->paste();
+    EXPECT_EQ(linesOf(log->startingWith({"insertItemsAtIndexes", "removeItemsAtIndexes"})),
+              linesOf(QStringList{"insertItemsAtIndexes {2}", "insertItemsAtIndexes {3}",
+                                  "insertItemsAtIndexes {4}", "removeItemsAtIndexes {}"}));
+    EXPECT_TRUE(list->indexesForSelectedItems().isEmpty())
+        << "index 3 names a pasted item now, which is not selected";
+    EXPECT_EQ(indexesOf(selectedRows()), indexesOf(KRIndexSet()));
+}
