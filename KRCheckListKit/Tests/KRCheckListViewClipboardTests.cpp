@@ -967,3 +967,500 @@ TEST_F(KRCheckListViewClipboardTests, PasteWithAWhollyStaleSelectionAppendsAndCl
         << "index 3 names a pasted item now, which is not selected";
     EXPECT_EQ(indexesOf(selectedRows()), indexesOf(KRIndexSet()));
 }
+
+// Hostile data under the private type: whatever cannot be read whole is passed over for the text, and
+// nothing is inserted before the whole of it has been read
+// ------------------------------------------------------------------------------------------------------
+
+TEST_F(KRCheckListViewClipboardTests, DataThatIsNotAnArrayOfRecordsFallsBackToTheText) {
+    for (const char* data :
+         {R"({"title":"Bad","status":1})", R"("Bad")", "[1, 2]", R"([{"title":"Bad"}, []])",
+          R"([{"title":["Bad"]}])", R"([{"title":"Bad","status":-1}])", R"([{"title":"Bad","status":0.5}])",
+          R"([{"title":"Bad","status":"1"}])"}) {
+        showTitles({"Milk"});
+        putData(QByteArray(data), QStringLiteral("+ Tea"));
+        focusWithoutEditing();
+        list->paste();
+        EXPECT_EQ(linesOf(storedTitles()), linesOf(QStringList{"Milk", "Tea"})) << data;
+        EXPECT_EQ(storedStatuses(), (std::vector<KRUInteger>{0, 1})) << data;
+        EXPECT_EQ(log->count(QStringLiteral("insertItemsAtIndexes {1}")), 1) << data;
+        KRRunLoop::main().runUntilIdle();
+    }
+}
+
+TEST_F(KRCheckListViewClipboardTests, ABadRecordAfterMegabytesOfGoodOnesInsertsNoneOfThem) {
+    showTitles({"Milk"});
+    QByteArray data("[");
+    const QByteArray good(
+        R"({"title":"A good record with a title of some length to fill the data","status":1},)");
+    const int goodRecords = 40000;
+    for (int index = 0; index < goodRecords; ++index) {
+        data += good;
+    }
+    data += R"({"title":42}])";
+    ASSERT_GT(data.size(), 3 * 1000 * 1000);
+    putData(data, QStringLiteral("Tea"));
+    focusWithoutEditing();
+    list->paste();
+    EXPECT_EQ(log->startingWith({"insertItemsAtIndexes"}).size(), 1) << "only the text's one item";
+    EXPECT_EQ(linesOf(storedTitles()), linesOf(QStringList{"Milk", "Tea"}));
+}
+
+TEST_F(KRCheckListViewClipboardTests, MegabytesOfGarbageFallBackToTheText) {
+    showTitles({"Milk"});
+    std::mt19937 random(20240611);
+    std::uniform_int_distribution<int> byte(0, 255);
+    QByteArray data(2 * 1024 * 1024, '\0');
+    for (char& character : data) {
+        character = static_cast<char>(byte(random));
+    }
+    data[0] = '[';
+    putData(data, QStringLiteral("Tea"));
+    focusWithoutEditing();
+    list->paste();
+    EXPECT_EQ(linesOf(storedTitles()), linesOf(QStringList{"Milk", "Tea"}));
+}
+
+TEST_F(KRCheckListViewClipboardTests, DeeplyNestedDataFallsBackToTheText) {
+    showTitles({"Milk"});
+    const int depth = 1000000;
+    putData(QByteArray(depth, '[') + QByteArray(depth, ']'), QStringLiteral("Tea"));
+    focusWithoutEditing();
+    list->paste();
+    EXPECT_EQ(linesOf(storedTitles()), linesOf(QStringList{"Milk", "Tea"}));
+}
+
+TEST_F(KRCheckListViewClipboardTests, InvalidUTF8InTheDataFallsBackToTheText) {
+    showTitles({"Milk"});
+    putData(QByteArray("[{\"title\":\"Bad \xFF\xFE\"}]"), QStringLiteral("Tea"));
+    focusWithoutEditing();
+    list->paste();
+    EXPECT_EQ(linesOf(storedTitles()), linesOf(QStringList{"Milk", "Tea"}));
+}
+
+TEST_F(KRCheckListViewClipboardTests, HostileDataWithoutTextIsTheMissingItemsErrorAndChangesNothing) {
+    showTitles({"Milk"});
+    putData(R"([{"title":"Bad","status":-3}])");
+    auto handler = std::make_shared<RecordingAssertionHandler>();
+    KRAssertionHandler::setCurrentHandler(handler);
+    focusWithoutEditing();
+    list->paste();
+    EXPECT_EQ(handler->failures.size(), 1);
+    EXPECT_TRUE(log->messages().isEmpty());
+    EXPECT_EQ(linesOf(storedTitles()), linesOf(QStringList{"Milk"}));
+}
+
+TEST_F(KRCheckListViewClipboardTests, AMegabyteTitleIsPastedAsOneItem) {
+    showTitles({"Milk"});
+    const QString title = QStringLiteral("word ").repeated(200 * 1000);
+    putData(QJsonDocument(QJsonArray{QJsonObject{{"title", title}, {"status", 1}}})
+                .toJson(QJsonDocument::Compact));
+    focusWithoutEditing();
+    list->paste();
+    ASSERT_EQ(list->numberOfItems(), 2u);
+    EXPECT_EQ(rowAt(1)->title(), title);
+    EXPECT_EQ(rowAt(1)->status(), 1u);
+}
+
+TEST_F(KRCheckListViewClipboardTests, StrangeCharactersInRecordsArePastedAsTheyAre) {
+    showTitles({"Milk"});
+    const QString title =
+        QStringLiteral("a\u0000b\U0001F95A\u202Eevil\u200F") + QChar(0xD800) + QStringLiteral("z");
+    putData(R"([{"title":"a\u0000b\ud83e\udd5a\u202eevil\u200f\ud800z","status":9}])");
+    focusWithoutEditing();
+    list->paste();
+    ASSERT_EQ(list->numberOfItems(), 2u);
+    EXPECT_EQ(rowAt(1)->title(), title);
+    EXPECT_EQ(rowAt(1)->status(), 9u) << "a status of no meaning is kept and drawn as open";
+    KRRunLoop::main().runUntilIdle();
+    EXPECT_EQ(list->indexForEditedItem(), 1u);
+}
+
+// The system clipboard
+// ------------------------------------------------------------------------------------------------------
+
+TEST_F(KRCheckListViewClipboardTests, OnTheSystemClipboardTheItemsTravelUnderTheirMimeNameAndAsPlainText) {
+    KRPasteboard::setGeneralPasteboard(nullptr);
+    showTitles({"Milk", "Eggs"}, {0, 2});
+    selectItems(KRIndexSet{0, 1});
+    list->copy();
+    const QMimeData* mimeData = QGuiApplication::clipboard()->mimeData();
+    ASSERT_NE(mimeData, nullptr);
+    EXPECT_EQ(KRPasteboard::mimeTypeForType(KRCheckListItemsAsJSONPasteboardType),
+              QStringLiteral("application/x-krchecklist-items+json"));
+    EXPECT_EQ(mimeData->data(QStringLiteral("application/x-krchecklist-items+json")),
+              list->checkListViewJSONRepresentationOfItemsAtIndexes(KRIndexSet{0, 1}));
+    EXPECT_EQ(mimeData->text(), QStringLiteral("- Milk\n+ Eggs\n"));
+}
+
+// As another process of the application would leave the clipboard: a new QMimeData, not our own.
+TEST_F(KRCheckListViewClipboardTests, ItemsCopiedInAnotherProcessPasteWithTheirStatuses) {
+    KRPasteboard::setGeneralPasteboard(nullptr);
+    showTitles({"Milk"});
+    auto* mimeData = new QMimeData;
+    mimeData->setData(
+        QStringLiteral("application/x-krchecklist-items+json"),
+        R"([{"identifier":"x","status":2,"title":"Tea","frame":"{{0, 0}, {320, 28}}","index":0}])");
+    mimeData->setText(QStringLiteral("+ Tea\n"));
+    QGuiApplication::clipboard()->setMimeData(mimeData);
+    focusWithoutEditing();
+    EXPECT_TRUE(list->canPaste());
+    list->paste();
+    EXPECT_EQ(linesOf(storedTitles()), linesOf(QStringList{"Milk", "Tea"}));
+    EXPECT_EQ(storedStatuses(), (std::vector<KRUInteger>{0, 2})) << "canceled, which the text could not say";
+}
+
+TEST_F(KRCheckListViewClipboardTests, TextCopiedInAnotherApplicationPastesAsItems) {
+    KRPasteboard::setGeneralPasteboard(nullptr);
+    showTitles({"Milk"});
+    QGuiApplication::clipboard()->setText(QStringLiteral("Tea\r\n+ Coffee\r\n"));
+    focusWithoutEditing();
+    EXPECT_TRUE(list->canPaste());
+    list->paste();
+    EXPECT_EQ(linesOf(storedTitles()), linesOf(QStringList{"Milk", "Tea\r", "Coffee"}));
+    EXPECT_EQ(storedStatuses(), (std::vector<KRUInteger>{0, 0, 1}));
+}
+
+// Round trips and random input
+// ------------------------------------------------------------------------------------------------------
+
+namespace {
+
+// Characters titles are made of: letters, markers and spaces inside, tabs and carriage returns inside,
+// combining marks, right-to-left letters and characters outside the basic plane.
+const QStringList& titleCharacters() {
+    static const QStringList characters{
+        "a",      "b",      "Z",       "0",      "-",      "+",      "*",          " ",          "\t",
+        "\r",     "\u00E9", "e\u0301", "\u05D0", "\u0627", "\u4E2D", "\U0001F95A", "\U0001D11E", "\u00A0",
+        "\u200B", "\"",     "\\",      "/",      "{",      "}",      "%1"};
+    return characters;
+}
+
+// A title the text form keeps: no line feed, and nothing the per-line trim would take at either end.
+QString randomTitle(std::mt19937& random) {
+    const QStringList& characters = titleCharacters();
+    std::uniform_int_distribution<int> length(0, 12);
+    std::uniform_int_distribution<qsizetype> pick(0, characters.size() - 1);
+    QString title;
+    const int count = length(random);
+    for (int index = 0; index < count; ++index) {
+        title += characters.at(pick(random));
+    }
+    const auto isEdge = [](QChar character) {
+        return character == u' ' || character == u'\t' || character == u'\r' || character == QChar(0x00A0);
+    };
+    while (!title.isEmpty() && isEdge(title.front())) {
+        title.remove(0, 1);
+    }
+    while (!title.isEmpty() && isEdge(title.back())) {
+        title.chop(1);
+    }
+    return title;
+}
+
+} // namespace
+
+TEST_F(KRCheckListViewClipboardTests, TwoHundredRandomItemsRoundTripThroughBothForms) {
+    std::mt19937 random(4242);
+    std::uniform_int_distribution<KRUInteger> status(0, 2);
+    QStringList titles;
+    std::vector<KRUInteger> statuses;
+    for (int index = 0; index < 200; ++index) {
+        titles << randomTitle(random);
+        statuses.push_back(status(random));
+    }
+    showTitles(titles, statuses);
+    selectItems(allIndexes());
+    list->copy();
+    const QByteArray data = *pasteboard->dataForType(KRCheckListItemsAsJSONPasteboardType);
+    const QString text = *pasteboard->stringForType(KRPasteboardTypeString);
+
+    // The records keep every title and status.
+    std::vector<Record> expected;
+    for (qsizetype index = 0; index < titles.size(); ++index) {
+        expected.push_back(Record{titles.at(index), statuses[static_cast<std::size_t>(index)]});
+    }
+    EXPECT_EQ(read(data), expected);
+    // The text keeps every title; canceled comes back completed.
+    std::vector<Record> expectedFromText = expected;
+    for (Record& record : expectedFromText) {
+        record.status = record.status == 0 ? 0 : 1;
+    }
+    EXPECT_EQ(parsed(text), expectedFromText);
+
+    // Pasted over the whole selection, the records give the same items back.
+    list->paste();
+    KRRunLoop::main().runOneTurn();
+    EXPECT_EQ(linesOf(storedTitles()), linesOf(titles));
+    EXPECT_EQ(storedStatuses(), statuses);
+    EXPECT_EQ(linesOf(rowTitles()), linesOf(titles));
+    EXPECT_EQ(rowStatuses(), statuses);
+
+    // And so does the text alone, but for canceled items.
+    putText(text);
+    selectItems(allIndexes());
+    list->paste();
+    KRRunLoop::main().runOneTurn();
+    EXPECT_EQ(linesOf(storedTitles()), linesOf(titles));
+    std::vector<KRUInteger> statusesFromText;
+    for (const Record& record : expectedFromText) {
+        statusesFromText.push_back(record.status);
+    }
+    EXPECT_EQ(rowStatuses(), statusesFromText);
+}
+
+namespace {
+
+// Whole pieces of JSON, broken ones among them, for random data.
+const std::vector<QByteArray>& jsonPieces() {
+    static const std::vector<QByteArray> pieces{"[",
+                                                "]",
+                                                "{",
+                                                "}",
+                                                ",",
+                                                ":",
+                                                " ",
+                                                "\"title\"",
+                                                "\"status\"",
+                                                "\"index\"",
+                                                "\"Milk\"",
+                                                "\"\"",
+                                                "0",
+                                                "1",
+                                                "2",
+                                                "-1",
+                                                "0.5",
+                                                "1e400",
+                                                "-0",
+                                                "9007199254740993",
+                                                "null",
+                                                "true",
+                                                "false",
+                                                "\"\\u",
+                                                "\"\\ud800\"",
+                                                "\"\\n\"",
+                                                "\xFF",
+                                                "\xC3\xA9",
+                                                "\"",
+                                                "\\",
+                                                R"({"title":"a","status":1})",
+                                                R"({"status":2})",
+                                                "{}"};
+    return pieces;
+}
+
+QByteArray randomRecordValue(std::mt19937& random) {
+    static const std::vector<QByteArray> values{
+        "\"Milk\"", "\"\"", "0",    "1",  "2",  "7",     "-1",   "1.5",
+        "2.0",      "null", "true", "[]", "{}", "\"1\"", "1e20", "\"\\ud83e\\udd5a\""};
+    return values.at(std::uniform_int_distribution<std::size_t>(0, values.size() - 1)(random));
+}
+
+// Random data under the private type: arrays of records with values of every type, random pieces, or a
+// good document with some bytes changed.
+QByteArray randomData(std::mt19937& random) {
+    std::uniform_int_distribution<int> kind(0, 2);
+    std::uniform_int_distribution<int> count(0, 6);
+    QByteArray data;
+    switch (kind(random)) {
+    case 0: {
+        data = "[";
+        const int records = count(random);
+        for (int index = 0; index < records; ++index) {
+            data += index == 0 ? "{" : ",{";
+            bool first = true;
+            for (const char* key : {"title", "status", "identifier"}) {
+                if (std::uniform_int_distribution<int>(0, 3)(random) == 0) {
+                    continue;
+                }
+                data += first ? "" : ",";
+                data += QByteArray("\"") + key + "\":" + randomRecordValue(random);
+                first = false;
+            }
+            data += "}";
+        }
+        data += "]";
+        break;
+    }
+    case 1: {
+        const int pieces = count(random) * 3;
+        for (int index = 0; index < pieces; ++index) {
+            data += jsonPieces().at(
+                std::uniform_int_distribution<std::size_t>(0, jsonPieces().size() - 1)(random));
+        }
+        break;
+    }
+    default: {
+        data = R"([{"title":"Milk","status":1},{"title":"Eggs","status":0,"identifier":"x"}])";
+        const int changes = count(random) + 1;
+        for (int index = 0; index < changes; ++index) {
+            const auto at = std::uniform_int_distribution<qsizetype>(0, data.size() - 1)(random);
+            data[at] = static_cast<char>(std::uniform_int_distribution<int>(0, 255)(random));
+        }
+        break;
+    }
+    }
+    return data;
+}
+
+// Random text: markers, every kind of space and line end, marks, right-to-left letters, surrogates (lone
+// ones too).
+QString randomText(std::mt19937& random) {
+    static const QStringList pieces{"a",      "Milk",   "-",    "+",      " ",         "\t",     "\n",
+                                    "\n",     "\r",     "\r\n", "\u00A0", "\u3000",    "\u2028", "\u0085",
+                                    "\u0301", "\u05D0", "\v",   "*",      "\U0001F95A"};
+    std::uniform_int_distribution<int> length(0, 24);
+    std::uniform_int_distribution<qsizetype> pick(0, pieces.size());
+    QString text;
+    const int count = length(random);
+    for (int index = 0; index < count; ++index) {
+        const qsizetype piece = pick(random);
+        text += piece == pieces.size() ? QString(QChar(0xD83E)) : pieces.at(piece);
+    }
+    return text;
+}
+
+// The edited title is the editor's text, which shows line and paragraph separators and carriage returns as
+// line feeds.
+QStringList asEditorShows(QStringList titles) {
+    for (QString& title : titles) {
+        title.replace(QChar::LineSeparator, u'\n')
+            .replace(QChar::ParagraphSeparator, u'\n')
+            .replace(u'\r', u'\n');
+    }
+    return titles;
+}
+
+bool isSpaceOrTab(QChar character) {
+    return character == u'\t' || character.category() == QChar::Separator_Space;
+}
+
+} // namespace
+
+TEST_F(KRCheckListViewClipboardTests, RandomInputGivesTheReadersOnlyWellFormedRecords) {
+    std::mt19937 random(977);
+    const int inputs = 100000;
+    int accepted = 0;
+    for (int input = 0; input < inputs; ++input) {
+        const QByteArray data = randomData(random);
+        if (const std::optional<QJsonArray> records =
+                KRCheckListView::checkListViewItemsAsJSONByReadingData(data)) {
+            ++accepted;
+            for (const QJsonValue& value : *records) {
+                ASSERT_TRUE(value.isObject()) << data.toStdString();
+                const QJsonObject record = value.toObject();
+                ASSERT_EQ(record.keys(), (QStringList{"status", "title"})) << data.toStdString();
+                ASSERT_TRUE(record.value("title").isString()) << data.toStdString();
+                ASSERT_GE(record.value("status").toInteger(-1), 0) << data.toStdString();
+            }
+            // What was read reads again as itself.
+            ASSERT_EQ(
+                KRCheckListView::checkListViewItemsAsJSONByReadingData(QJsonDocument(*records).toJson()),
+                records);
+        }
+
+        const QString text = randomText(random);
+        const QJsonArray records = KRCheckListView::checkListViewItemsAsJSONByParsingItemsAsString(text);
+        const QStringList lines = text.trimmed().split(u'\n');
+        ASSERT_EQ(records.size(), lines.size());
+        for (qsizetype index = 0; index < records.size(); ++index) {
+            const QString title = records.at(index).toObject().value("title").toString();
+            const qint64 status = records.at(index).toObject().value("status").toInteger(-1);
+            ASSERT_FALSE(title.contains(u'\n'));
+            ASSERT_TRUE(title.isEmpty() || (!isSpaceOrTab(title.front()) && !isSpaceOrTab(title.back())));
+            qsizetype first = 0;
+            while (first < lines.at(index).size() && isSpaceOrTab(lines.at(index).at(first))) {
+                ++first;
+            }
+            const bool plus = first < lines.at(index).size() && lines.at(index).at(first) == u'+';
+            ASSERT_EQ(status, plus ? 1 : 0);
+            ASSERT_TRUE(lines.at(index).contains(title));
+        }
+    }
+    EXPECT_GT(accepted, inputs / 20) << "the random data reaches the records, not only the parse errors";
+    EXPECT_LT(accepted, inputs) << "and the rejections";
+}
+
+TEST_F(KRCheckListViewClipboardTests, RandomPastesKeepTheListAndItsDataSourceInStep) {
+    std::mt19937 random(31337);
+    const int pastes = 2000;
+    auto handler = std::make_shared<RecordingAssertionHandler>();
+    for (int paste = 0; paste < pastes; ++paste) {
+        const KRUInteger count = 6;
+        std::vector<KRUInteger> statuses;
+        QStringList titles;
+        for (KRUInteger index = 0; index < count; ++index) {
+            statuses.push_back(std::uniform_int_distribution<KRUInteger>(0, 2)(random));
+            titles << (std::uniform_int_distribution<int>(0, 3)(random) == 0
+                           ? QString()
+                           : randomText(random).remove(u'\n'));
+        }
+        showTitles(titles, statuses);
+
+        // Nothing, an edit or a selection.
+        KRUInteger edited = KRNotFound;
+        KRIndexSet selected;
+        switch (std::uniform_int_distribution<int>(0, 2)(random)) {
+        case 0:
+            focusWithoutEditing();
+            break;
+        case 1:
+            edited = std::uniform_int_distribution<KRUInteger>(0, count - 1)(random);
+            editItem(edited, KRMakeRange(0, 0));
+            break;
+        default: {
+            KRMutableIndexSet indexes;
+            for (KRUInteger index = 0; index < count; ++index) {
+                if (std::uniform_int_distribution<int>(0, 2)(random) == 0) {
+                    indexes.addIndex(index);
+                }
+            }
+            selected = indexes;
+            if (selected.isEmpty()) {
+                focusWithoutEditing();
+            } else {
+                selectItems(selected);
+            }
+            break;
+        }
+        }
+
+        const QByteArray data = randomData(random);
+        const QString text = randomText(random);
+        putData(data, text);
+        KRAssertionHandler::setCurrentHandler(handler);
+        // Focusing may itself begin an edit; what counts is the state the paste finds.
+        edited = list->indexForEditedItem();
+        selected = list->indexesForSelectedItems();
+        const bool editedIsEmpty = edited != KRNotFound && rowAt(edited)->title().isEmpty();
+        list->paste();
+        KRRunLoop::main().runUntilIdle();
+        KRAssertionHandler::setCurrentHandler(nullptr);
+
+        std::optional<QJsonArray> records = KRCheckListView::checkListViewItemsAsJSONByReadingData(data);
+        const bool typed = !records && edited != KRNotFound && !text.contains(u'\n');
+        if (!records && !typed) {
+            records = KRCheckListView::checkListViewItemsAsJSONByParsingItemsAsString(text);
+        }
+        KRUInteger expectedCount = count;
+        if (records && !records->isEmpty()) {
+            expectedCount +=
+                static_cast<KRUInteger>(records->size()) - selected.count() - (editedIsEmpty ? 1 : 0);
+        }
+        ASSERT_EQ(list->numberOfItems(), expectedCount)
+            << "paste " << paste << " edited " << edited << " selected "
+            << selected.description().toStdString() << " records " << (records ? records->size() : -1)
+            << " text " << text.toStdString() << "\n"
+            << linesOf(log->messages()).lines.join("\n").toStdString();
+        ASSERT_EQ(groupingDataSource->items.size(), expectedCount);
+        ASSERT_EQ(linesOf(asEditorShows(rowTitles())), linesOf(asEditorShows(storedTitles())));
+        ASSERT_EQ(rowStatuses(), storedStatuses());
+        ASSERT_TRUE(selectionIsWithinTheItems());
+        if (records && !records->isEmpty()) {
+            ASSERT_TRUE(list->indexesForSelectedItems().isEmpty());
+            ASSERT_NE(list->indexForEditedItem(), KRNotFound);
+        }
+        ASSERT_EQ(log->count(QStringLiteral("beginGrouping")), log->count(QStringLiteral("endGrouping")));
+    }
+    EXPECT_TRUE(handler->failures.isEmpty()) << "every paste had text";
+}
