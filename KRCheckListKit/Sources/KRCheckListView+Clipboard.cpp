@@ -282,15 +282,17 @@ void KRCheckListView::paste() {
     std::weak_ptr<KRCheckListItemView> lastPastedItemView;
     for (const QJsonValue& value : std::as_const(*records)) {
         const QJsonObject record = value.toObject();
+        const KRUInteger countBeforeInserting = numberOfItems();
         insertItemAtIndex(index);
         const QString title = record.value(titleKey()).toString();
         const auto status = static_cast<KRUInteger>(record.value(statusKey()).toInteger());
         const QString validatedTitle = checkListViewValidateChangedTitleForItemAtIndex(this, title, index);
         const KRUInteger validatedStatus =
             checkListViewValidateChangedStatusForItemAtIndex(this, status, index);
-        // A data source that did not insert the item leaves no row to show it.
-        if (index < numberOfItems()) {
-            const std::shared_ptr<KRCheckListItemView>& itemView = m_checkListItemViews[index];
+        // A data source that has not reported the new item yet has no row for it; another item's row is
+        // left alone.
+        if (numberOfItems() > countBeforeInserting && index < numberOfItems()) {
+            const std::shared_ptr<KRCheckListItemView> itemView = m_checkListItemViews[index];
             itemView->update([&] {
                 itemView->setTitle(validatedTitle);
                 itemView->setStatus(validatedStatus);

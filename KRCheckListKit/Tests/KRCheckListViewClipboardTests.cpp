@@ -1464,3 +1464,20 @@ TEST_F(KRCheckListViewClipboardTests, RandomPastesKeepTheListAndItsDataSourceInS
     }
     EXPECT_TRUE(handler->failures.isEmpty()) << "every paste had text";
 }
+
+TEST_F(KRCheckListViewClipboardTests, ADataSourceThatReportsNoInsertsLeavesTheOtherRowsAlone) {
+    showTitles({"Milk", "Eggs", "Bread"});
+    putText(QStringLiteral("Tea\nCoffee"));
+    selectItems(KRIndexSet{0});
+    groupingDataSource->appliesChanges = false;
+    groupingDataSource->reportsChanges = false;
+    groupingDataSource->titleValidator = [](const QString& title, KRUInteger) { return title; };
+    groupingDataSource->statusValidator = [](KRUInteger status, KRUInteger) { return status; };
+    list->paste();
+    EXPECT_EQ(linesOf(log->startingWith({"insertItemsAtIndexes", "removeItemsAtIndexes"})),
+              linesOf(QStringList{"insertItemsAtIndexes {1}", "insertItemsAtIndexes {2}",
+                                  "removeItemsAtIndexes {0}"}));
+    EXPECT_EQ(linesOf(rowTitles()), linesOf(QStringList{"Milk", "Eggs", "Bread"}));
+    KRRunLoop::main().runUntilIdle();
+    EXPECT_EQ(list->indexForEditedItem(), 2u) << "with no pasted row, the last item";
+}
