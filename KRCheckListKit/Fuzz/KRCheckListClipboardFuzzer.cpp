@@ -38,7 +38,8 @@ void checkReadingData(const QByteArray& data) {
         require(record.value(QStringLiteral("title")).isString());
         require(record.value(QStringLiteral("status")).toInteger(-1) >= 0);
     }
-    require(KRCheckListView::checkListViewItemsAsJSONByReadingData(QJsonDocument(*records).toJson()) == records);
+    require(KRCheckListView::checkListViewItemsAsJSONByReadingData(QJsonDocument(*records).toJson()) ==
+            records);
 }
 
 // One record per line of the trimmed text, its title trimmed, its status 1 exactly for a "+" marker.
