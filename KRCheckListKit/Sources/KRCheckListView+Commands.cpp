@@ -253,17 +253,9 @@ bool KRCheckListView::canCut() const {
     return !checkListViewIndexesForSelectedItemsInRows().isEmpty();
 }
 
-void KRCheckListView::cut() {
-    copy();
-    delete_();
-}
-
 bool KRCheckListView::canCopy() const {
     return !checkListViewIndexesForSelectedItemsInRows().isEmpty();
 }
-
-// Writing items to the pasteboard arrives with the clipboard support; until then copying writes nothing.
-void KRCheckListView::copy() {}
 
 bool KRCheckListView::canPaste() const {
     const std::shared_ptr<KRPasteboard> pasteboard = KRPasteboard::generalPasteboard();
@@ -271,9 +263,6 @@ bool KRCheckListView::canPaste() const {
            !pasteboard->availableTypeFromArray({KRCheckListItemsAsJSONPasteboardType, KRPasteboardTypeString})
                 .isEmpty();
 }
-
-// Reading items from the pasteboard arrives with the clipboard support; until then pasting does nothing.
-void KRCheckListView::paste() {}
 
 bool KRCheckListView::canDelete() const {
     return !checkListViewIndexesForSelectedItemsInRows().isEmpty();

@@ -8,11 +8,15 @@
 
 #include "Foundation/KRLog.h"
 #include "Foundation/KRTrace.h"
+#include "Platform/KRPasteboard.h"
 
 #include <memory_resource>
 
+// On the system clipboard the items travel under a MIME name of their own, so a copy made in one process
+// pastes with its statuses in another.
 const QString KRCheckListItemsAsJSONPasteboardType =
-    QStringLiteral("org.krtodo.KRCheckListItemsPasteboardType");
+    KRPasteboard::registerMimeTypeForType(QStringLiteral("application/x-krchecklist-items+json"),
+                                          QStringLiteral("org.krtodo.KRCheckListItemsPasteboardType"));
 
 const char* const KRCheckListObserveKeyPathsTriggeringSetNeedsUpdateContext =
     "KRCheckListObserveKeyPathsTriggeringSetNeedsUpdateContext";

@@ -13,7 +13,10 @@
 #include "Views/KREvent.h"
 #include "Views/KRView.h"
 
+#include <QByteArray>
 #include <QHash>
+#include <QJsonArray>
+#include <QJsonObject>
 #include <QJsonValue>
 #include <QStringList>
 #include <QVariantMap>
@@ -285,6 +288,22 @@ public:
     bool validateMenuItem(const KRSelector& action) const;
     bool tryToPerform(const KRSelector& action, KRObject* sender) override;
     bool respondsToSelector(const KRSelector& selector) const override;
+
+    // Clipboard: copied items travel as JSON records (KRCheckListItemsAsJSONPasteboardType) and as text -----
+    // The items at indexes, read from their rows in ascending order (indexes past the rows are passed
+    // over): a compact UTF-8 JSON array of records {identifier, status, title, frame, index}, and one line
+    // "- title\n" (open) or "+ title\n" (completed or canceled) per item.
+    QByteArray checkListViewJSONRepresentationOfItemsAtIndexes(const KRIndexSet& indexes) const;
+    QString checkListViewStringRepresentationOfItemsAtIndexes(const KRIndexSet& indexes) const;
+    // One record {status, title} per line of text; a leading "-" or "+" gives status 0 or 1.
+    static QJsonArray checkListViewItemsAsJSONByParsingItemsAsString(const QString& string);
+    // The records of copied items as paste uses them ({title, status}, a missing title empty and a missing
+    // status 0), or nothing when data is not a JSON array of such records: data from another application
+    // is untrusted, and the whole of it is decided before anything is pasted.
+    static std::optional<QJsonArray> checkListViewItemsAsJSONByReadingData(const QByteArray& data);
+    // Gives itemView the title, identifier, status and frame of record, in that order, in one update.
+    void checkListViewInitCheckListItemViewWithJSON(KRCheckListItemView* itemView,
+                                                    const QJsonObject& record) const;
 
     // Keyboard -------------------------------------------------------------------------------------------
     // Keys reach the list while it is first responder (items selected, nothing edited); the commands of an

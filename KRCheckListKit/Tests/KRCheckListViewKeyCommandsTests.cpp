@@ -1071,6 +1071,8 @@ TEST_F(KRCheckListViewKeyCommandsTests, SelectAllWithItemsSelectedSelectsEveryIt
 
 TEST_F(KRCheckListViewKeyCommandsTests, PasteWhileEditingIsTheListsOwnCommand) {
     showTitles({"Milk", "Eggs"});
+    KRPasteboard::generalPasteboard()->declareTypes({KRPasteboardTypeString}, nullptr);
+    KRPasteboard::generalPasteboard()->setString(QStringLiteral("Jam"), KRPasteboardTypeString);
     edit(1, KRMakeRange(2, 0));
     pressKey(Qt::Key_V, Qt::ControlModifier, QStringLiteral("\x16"));
     EXPECT_TRUE(log->contains(QStringLiteral("textViewDoCommandBySelector paste:")))
@@ -1081,6 +1083,8 @@ TEST_F(KRCheckListViewKeyCommandsTests, PasteWhileEditingIsTheListsOwnCommand) {
 
 TEST_F(KRCheckListViewKeyCommandsTests, PasteWithItemsSelectedIsHandledByTheList) {
     showTitles({"Milk", "Eggs"});
+    KRPasteboard::generalPasteboard()->declareTypes({KRPasteboardTypeString}, nullptr);
+    KRPasteboard::generalPasteboard()->setString(QStringLiteral("Jam"), KRPasteboardTypeString);
     selectItems(KRIndexSet{0});
     pressKey(Qt::Key_V, Qt::ControlModifier, QStringLiteral("\x16"));
     EXPECT_TRUE(log->contains(QStringLiteral("textViewDoCommandBySelector paste:")));

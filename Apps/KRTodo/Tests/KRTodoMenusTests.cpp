@@ -388,12 +388,16 @@ TEST_F(KRTodoMenusTests, PasteAndSelectAllWhileEditingReachTheListAsCommands) {
 
     press(Qt::Key_V, Qt::ControlModifier);
     ASSERT_TRUE(menus().perform(Command::Paste));
+    // Each paste inserts the two lines as items and edits the last of them on the next turn.
+    window->settle();
     ASSERT_TRUE(menus().perform(Command::SelectAll));
     EXPECT_EQ(store->commands, (QStringList{QStringLiteral("paste:"), QStringLiteral("paste:"),
                                             QStringLiteral("selectAll:")}));
+    EXPECT_EQ(storeTitles().mid(1, 5), (QStringList{"bravo", "foxtrot", "golf", "foxtrot", "golf"}));
     // The first Select All selects the edited title.
     ASSERT_NE(fieldEditor(), nullptr);
-    EXPECT_EQ(fieldEditor()->selectedRange().length, 5u);
+    EXPECT_EQ(list().indexForEditedItem(), 5u);
+    EXPECT_EQ(fieldEditor()->selectedRange().length, 4u);
 }
 
 TEST_F(KRTodoMenusTests, KeyOfADisabledEditItemDoesNothing) {

@@ -2,12 +2,33 @@
 
 #include <QClipboard>
 #include <QGuiApplication>
+#include <QHash>
 #include <QMimeData>
 #include <QPointer>
 
 namespace {
 
 constexpr auto kPlainTextMime = "text/plain";
+// Parameters follow a MIME name after this separator ("text/plain;charset=utf-8").
+constexpr QChar kMimeParameterSeparator = u';';
+constexpr QChar kMimeSubtypeSeparator = u'/';
+constexpr auto kPrivateMimePrefix = "application/x-";
+
+// Types registered with their MIME names, both ways.
+struct KRPasteboardMimeRegistry {
+    QHash<QString, QString> mimeTypesByType;
+    QHash<QString, QString> typesByMimeType;
+};
+
+KRPasteboardMimeRegistry& mimeRegistry() {
+    static KRPasteboardMimeRegistry registry;
+    return registry;
+}
+
+bool isPlainTextMimeType(const QString& mimeType) {
+    const QString plainText = QLatin1String(kPlainTextMime);
+    return mimeType == plainText || mimeType.startsWith(plainText + kMimeParameterSeparator);
+}
 
 class KRInMemoryPasteboard final : public KRPasteboard {};
 
@@ -39,7 +60,7 @@ protected:
             if (type == KRPasteboardTypeString) {
                 mimeData->setText(QString::fromUtf8(found->second));
             } else {
-                mimeData->setData(type, found->second);
+                mimeData->setData(mimeTypeForType(type), found->second);
             }
         }
         m_publishing = true;
@@ -59,10 +80,11 @@ protected:
             }
             return mimeData->text().toUtf8();
         }
-        if (!mimeData->hasFormat(type)) {
+        const QString mimeType = mimeTypeForType(type);
+        if (!mimeData->hasFormat(mimeType)) {
             return std::nullopt;
         }
-        return mimeData->data(type);
+        return mimeData->data(mimeType);
     }
 
     QStringList readTypes() const override {
@@ -79,8 +101,9 @@ protected:
             result.append(KRPasteboardTypeString);
         }
         for (const QString& format : mimeData->formats()) {
-            if (!format.startsWith(QLatin1String(kPlainTextMime)) && !result.contains(format)) {
-                result.append(format);
+            const QString type = typeForMimeType(format);
+            if (!result.contains(type)) {
+                result.append(type);
             }
         }
         return result;
@@ -137,6 +160,49 @@ void KRPasteboard::setGeneralPasteboard(std::shared_ptr<KRPasteboard> pasteboard
 
 std::shared_ptr<KRPasteboard> KRPasteboard::makeInMemory() {
     return std::make_shared<KRInMemoryPasteboard>();
+}
+
+QString KRPasteboard::registerMimeTypeForType(const QString& mimeType, const QString& type) {
+    if (!mimeType.isEmpty() && !type.isEmpty()) {
+        KRPasteboardMimeRegistry& registry = mimeRegistry();
+        registry.mimeTypesByType.insert(type, mimeType);
+        registry.typesByMimeType.insert(mimeType, type);
+    }
+    return type;
+}
+
+QString KRPasteboard::mimeTypeForType(const QString& type) {
+    const KRPasteboardMimeRegistry& registry = mimeRegistry();
+    if (const auto found = registry.mimeTypesByType.constFind(type);
+        found != registry.mimeTypesByType.cend()) {
+        return found.value();
+    }
+    if (type == KRPasteboardTypeString) {
+        return QLatin1String(kPlainTextMime);
+    }
+    if (type.contains(kMimeSubtypeSeparator)) {
+        return type;
+    }
+    return QLatin1String(kPrivateMimePrefix) + type;
+}
+
+QString KRPasteboard::typeForMimeType(const QString& mimeType) {
+    const KRPasteboardMimeRegistry& registry = mimeRegistry();
+    if (const auto found = registry.typesByMimeType.constFind(mimeType);
+        found != registry.typesByMimeType.cend()) {
+        return found.value();
+    }
+    if (isPlainTextMimeType(mimeType)) {
+        return KRPasteboardTypeString;
+    }
+    const QString prefix = QLatin1String(kPrivateMimePrefix);
+    if (mimeType.startsWith(prefix)) {
+        const QString type = mimeType.mid(prefix.size());
+        if (!type.isEmpty() && mimeTypeForType(type) == mimeType) {
+            return type;
+        }
+    }
+    return mimeType;
 }
 
 KRInteger KRPasteboard::declareTypes(const QStringList& types, KRObject* owner) {

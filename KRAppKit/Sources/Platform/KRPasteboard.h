@@ -28,6 +28,16 @@ public:
     static void setGeneralPasteboard(std::shared_ptr<KRPasteboard> pasteboard);
     static std::shared_ptr<KRPasteboard> makeInMemory();
 
+    // The MIME name a type travels under on the system clipboard, so that other processes (and other
+    // applications) find it. The plain-text type is text/plain; a type that is a MIME name already keeps
+    // it; a type registered here gets its MIME name; any other type travels as "application/x-" + type.
+    // Registering answers the type, so a constant can register itself where it is defined.
+    static QString registerMimeTypeForType(const QString& mimeType, const QString& type);
+    static QString mimeTypeForType(const QString& type);
+    // The reverse: the type a clipboard format stands for (text/plain with any parameters is the
+    // plain-text type); a format no type maps to is answered as it is.
+    static QString typeForMimeType(const QString& mimeType);
+
     // Clears the pasteboard and records the types about to be provided. Answers the new change count.
     KRInteger declareTypes(const QStringList& types, KRObject* owner);
     // Both refuse (answer false, store nothing) a type that was not declared.

@@ -115,7 +115,9 @@ TEST_F(KRPasteboardTests, ClipboardRoundTripsTwoTypes) {
     const QMimeData* mimeData = QGuiApplication::clipboard()->mimeData();
     ASSERT_NE(mimeData, nullptr);
     EXPECT_EQ(mimeData->text(), QStringLiteral("Buy milk"));
-    EXPECT_EQ(mimeData->data(kRowsType), QByteArray("{\"rows\":[3]}"));
+    EXPECT_EQ(mimeData->data(QStringLiteral("application/x-com.krappkit.rows")),
+              QByteArray("{\"rows\":[3]}"));
+    EXPECT_FALSE(mimeData->hasFormat(kRowsType)) << "a type that is no MIME name travels under one";
 
     EXPECT_EQ(pasteboard->stringForType(KRPasteboardTypeString), QStringLiteral("Buy milk"));
     EXPECT_EQ(pasteboard->dataForType(kRowsType), QByteArray("{\"rows\":[3]}"));
@@ -136,6 +138,95 @@ TEST_F(KRPasteboardTests, ClipboardReadsTextCopiedElsewhere) {
     EXPECT_FALSE(pasteboard->dataForType(kRowsType).has_value());
     EXPECT_EQ(pasteboard->availableTypeFromArray({kRowsType, KRPasteboardTypeString}),
               KRPasteboardTypeString);
+}
+
+// MIME names on the system clipboard
+// ------------------------------------------------------------------------------------------------------
+
+TEST_F(KRPasteboardTests, PlainTextTravelsAsTextPlain) {
+    EXPECT_EQ(KRPasteboard::mimeTypeForType(KRPasteboardTypeString), QStringLiteral("text/plain"));
+    EXPECT_EQ(KRPasteboard::typeForMimeType(QStringLiteral("text/plain")), KRPasteboardTypeString);
+    EXPECT_EQ(KRPasteboard::typeForMimeType(QStringLiteral("text/plain;charset=utf-8")),
+              KRPasteboardTypeString);
+    EXPECT_EQ(KRPasteboard::typeForMimeType(QStringLiteral("text/plainish")),
+              QStringLiteral("text/plainish"));
+}
+
+TEST_F(KRPasteboardTests, ATypeThatIsAMimeNameKeepsIt) {
+    EXPECT_EQ(KRPasteboard::mimeTypeForType(KRPasteboardTypeHTML), QStringLiteral("text/html"));
+    EXPECT_EQ(KRPasteboard::typeForMimeType(QStringLiteral("text/html")), KRPasteboardTypeHTML);
+    EXPECT_EQ(KRPasteboard::typeForMimeType(QStringLiteral("image/png")), QStringLiteral("image/png"));
+}
+
+TEST_F(KRPasteboardTests, AnUnregisteredTypeTravelsUnderAPrivateMimeName) {
+    EXPECT_EQ(KRPasteboard::mimeTypeForType(QStringLiteral("com.example.rows")),
+              QStringLiteral("application/x-com.example.rows"));
+    EXPECT_EQ(KRPasteboard::typeForMimeType(QStringLiteral("application/x-com.example.rows")),
+              QStringLiteral("com.example.rows"));
+    // A private MIME name whose remainder is itself a MIME name stands for no type of ours.
+    EXPECT_EQ(KRPasteboard::typeForMimeType(QStringLiteral("application/x-text/plain")),
+              QStringLiteral("application/x-text/plain"));
+}
+
+TEST_F(KRPasteboardTests, ARegisteredTypeTravelsUnderItsMimeName) {
+    const QString type = QStringLiteral("com.krappkit.tests.RegisteredType");
+    const QString mimeType = QStringLiteral("application/x-krappkit-tests-registered+json");
+    EXPECT_EQ(KRPasteboard::registerMimeTypeForType(mimeType, type), type);
+    EXPECT_EQ(KRPasteboard::mimeTypeForType(type), mimeType);
+    EXPECT_EQ(KRPasteboard::typeForMimeType(mimeType), type);
+    // Its default private name no longer stands for it.
+    EXPECT_EQ(KRPasteboard::typeForMimeType(QStringLiteral("application/x-") + type),
+              QStringLiteral("application/x-") + type);
+}
+
+TEST_F(KRPasteboardTests, EveryTypeComesBackFromItsMimeName) {
+    KRPasteboard::registerMimeTypeForType(QStringLiteral("application/x-krappkit-tests-round-trip"),
+                                          QStringLiteral("com.krappkit.tests.RoundTrip"));
+    for (const QString& type :
+         {KRPasteboardTypeString, KRPasteboardTypeHTML, QStringLiteral("com.krappkit.rows"),
+          QStringLiteral("com.krappkit.tests.RoundTrip"), QStringLiteral("image/png"), QStringLiteral("x")}) {
+        EXPECT_EQ(KRPasteboard::typeForMimeType(KRPasteboard::mimeTypeForType(type)), type)
+            << type.toStdString();
+    }
+}
+
+TEST_F(KRPasteboardTests, ClipboardHoldsARegisteredTypeUnderItsMimeName) {
+    const QString type = QStringLiteral("com.krappkit.tests.Items");
+    const QString mimeType = QStringLiteral("application/x-krappkit-tests-items+json");
+    KRPasteboard::registerMimeTypeForType(mimeType, type);
+    auto pasteboard = KRPasteboard::generalPasteboard();
+    pasteboard->declareTypes({type, KRPasteboardTypeString}, nullptr);
+    pasteboard->setData(QByteArray("[]"), type);
+    pasteboard->setString(QStringLiteral("- a\n"), KRPasteboardTypeString);
+
+    const QMimeData* mimeData = QGuiApplication::clipboard()->mimeData();
+    ASSERT_NE(mimeData, nullptr);
+    EXPECT_EQ(mimeData->data(mimeType), QByteArray("[]"));
+    EXPECT_EQ(mimeData->text(), QStringLiteral("- a\n"));
+}
+
+// What another process (another copy of the application, or another application) puts on the clipboard.
+TEST_F(KRPasteboardTests, ClipboardReadsARegisteredTypeCopiedElsewhere) {
+    const QString type = QStringLiteral("com.krappkit.tests.Foreign");
+    const QString mimeType = QStringLiteral("application/x-krappkit-tests-foreign+json");
+    KRPasteboard::registerMimeTypeForType(mimeType, type);
+    auto pasteboard = KRPasteboard::generalPasteboard();
+
+    auto* mimeData = new QMimeData;
+    mimeData->setData(QStringLiteral("image/png"), QByteArray("png"));
+    mimeData->setData(mimeType, QByteArray("[{\"status\":1}]"));
+    mimeData->setText(QStringLiteral("+ a"));
+    QGuiApplication::clipboard()->setMimeData(mimeData);
+
+    EXPECT_EQ(pasteboard->dataForType(type), QByteArray("[{\"status\":1}]"));
+    EXPECT_EQ(pasteboard->stringForType(KRPasteboardTypeString), QStringLiteral("+ a"));
+    EXPECT_EQ(pasteboard->availableTypeFromArray({type, KRPasteboardTypeString}), type);
+    const QStringList types = pasteboard->types();
+    EXPECT_TRUE(types.contains(type));
+    EXPECT_TRUE(types.contains(KRPasteboardTypeString));
+    EXPECT_TRUE(types.contains(QStringLiteral("image/png")));
+    EXPECT_FALSE(types.contains(mimeType)) << "formats are answered as the types they stand for";
+    EXPECT_EQ(types.count(KRPasteboardTypeString), 1);
 }
 
 } // namespace
