@@ -2,11 +2,14 @@
 
 #include "KRCheckListView.h"
 
+#include "Foundation/KRAssertionHandler.h"
+#include "Foundation/KRLog.h"
 #include "Platform/KRHostWidget.h"
 #include "Text/KRTextView.h"
 #include "Views/KRWindow.h"
 
 #include <QAction>
+#include <QApplication>
 #include <QKeyEvent>
 #include <QMainWindow>
 #include <QMenu>
@@ -196,9 +199,11 @@ bool KRTodoMenus::perform(Command command) {
     case Command::Quit:
         m_window.close();
         break;
+    case Command::Paste:
+        pasteFromClipboard();
+        break;
     case Command::Cut:
     case Command::Copy:
-    case Command::Paste:
     case Command::Delete:
     case Command::SelectAll:
         sendActionToFirstResponder(editAction(command));
@@ -239,6 +244,17 @@ bool KRTodoMenus::perform(Command command) {
         break;
     }
     return true;
+}
+
+// Another application can put items under the list's own type that do not read, with no text beside them:
+// the list refuses such a paste before it changes anything, and the app carries on.
+void KRTodoMenus::pasteFromClipboard() {
+    try {
+        sendActionToFirstResponder(editAction(Command::Paste));
+    } catch (const KRInternalInconsistencyException& exception) {
+        KRLog(QStringLiteral("KRTodo: nothing to paste: %1").arg(QString::fromUtf8(exception.what())));
+        QApplication::beep();
+    }
 }
 
 void KRTodoMenus::setInsertedItemHandler(std::function<void(KRUInteger)> handler) {

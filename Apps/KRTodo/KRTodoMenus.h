@@ -84,6 +84,7 @@ private:
     bool validateEditAction(const KRSelector& action) const;
     bool isKeyOfDisabledEditAction(const QKeyEvent& event) const;
     void noteInsertedItem();
+    void pasteFromClipboard();
 
     QMainWindow& m_window;
     KRHostWidget& m_hostWidget;

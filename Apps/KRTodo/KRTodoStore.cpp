@@ -316,6 +316,17 @@ void KRTodoStore::checkListViewMoveItemsAtIndexesToIndex(KRCheckListView* checkL
     moveItems(indexes, toIndex, checkListView);
 }
 
+void KRTodoStore::checkListViewBeginGrouping(KRCheckListView*) {
+    ++m_openGroupings;
+}
+
+void KRTodoStore::checkListViewEndGrouping(KRCheckListView*) {
+    if (m_openGroupings > 0) {
+        --m_openGroupings;
+        ++m_completedGroupings;
+    }
+}
+
 void KRTodoStore::checkListViewSetStatusForItemAtIndex(KRCheckListView* checkListView, KRUInteger status,
                                                        KRUInteger index) {
     setStatus(status, index, checkListView);
@@ -395,7 +406,8 @@ void KRTodoStore::checkListViewDidCancelEditing(KRCheckListView* checkListView) 
     const KRUInteger index = indexOfIdentifier(m_itemEndedByCommand);
     m_itemEndedByCommand.clear();
     // An empty item an Insert command made goes away instead (on the next turn).
-    if (index == KRNotFound || m_items[index].identifier == m_itemInsertedByCommand) {
+    if (index == KRNotFound ||
+        (m_items[index].identifier == m_itemInsertedByCommand && m_items[index].title.isEmpty())) {
         return;
     }
     checkListView->selectItemAtIndexByExtendingSelection(index, false);

@@ -55,6 +55,10 @@ public:
     void noteItemInsertedByCommand(KRUInteger index);
     bool hasItemInsertedByCommand() const { return !m_itemInsertedByCommand.isEmpty(); }
 
+    // A paste brackets its inserts and its removal in one grouping: open while it runs, counted when it ends.
+    bool isGrouping() const { return m_openGroupings > 0; }
+    KRUInteger completedGroupings() const { return m_completedGroupings; }
+
     // Called whenever the list's fitting size changes, so that its host can follow it.
     void setSizeThatFitsChangedHandler(std::function<void(KRCheckListView*)> handler);
     // Called whenever the list has begun editing an item, so that its host can show the caret.
@@ -76,6 +80,8 @@ public:
                                            const KRIndexSet& indexes) override;
     void checkListViewMoveItemsAtIndexesToIndex(KRCheckListView* checkListView, const KRIndexSet& indexes,
                                                 KRUInteger toIndex) override;
+    void checkListViewBeginGrouping(KRCheckListView* checkListView) override;
+    void checkListViewEndGrouping(KRCheckListView* checkListView) override;
     // The toggle commands hand their statuses over only through these.
     void checkListViewSetStatusForItemAtIndex(KRCheckListView* checkListView, KRUInteger status,
                                               KRUInteger index) override;
@@ -102,6 +108,8 @@ private:
 
     std::vector<KRTodoItem> m_items;
     KRUInteger m_nextIdentifierNumber = 1;
+    KRUInteger m_openGroupings = 0;
+    KRUInteger m_completedGroupings = 0;
     QString m_itemInsertedByCommand;
     // The item whose editing the command being handled ended; cleared as each command begins.
     QString m_itemEndedByCommand;

@@ -50,8 +50,7 @@ std::optional<int> parseOptions(int argc, char** argv, Options& options) {
     parser.addOptions({empty, dump, dumpFile, screenshot});
 
     const auto fail = [](const QString& message) {
-        std::fprintf(stderr, "KRTodo: %s
-Try 'KRTodo --help' for more information.\n", qPrintable(message));
+        std::fprintf(stderr, "KRTodo: %s\nTry 'KRTodo --help' for more information.\n", qPrintable(message));
         return 2;
     };
     if (!parser.parse(arguments)) {

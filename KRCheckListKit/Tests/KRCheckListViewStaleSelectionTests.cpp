@@ -25,6 +25,10 @@ protected:
         KRCheckListViewHostTestCase::SetUp();
         KRKeyBindings::setPlatformOverride(KRKeyBindings::Platform::Other);
         KRPasteboard::setGeneralPasteboard(KRPasteboard::makeInMemory());
+        // Something to paste: with nothing on the pasteboard, paste: is the program's error.
+        KRPasteboard::generalPasteboard()->declareTypes({KRPasteboardTypeString}, nullptr);
+        KRPasteboard::generalPasteboard()->setString(QStringLiteral("- pasted\n+ too\n"),
+                                                     KRPasteboardTypeString);
         showTitles({QStringLiteral("one"), QStringLiteral("two"), QStringLiteral("three"),
                     QStringLiteral("four"), QStringLiteral("five")});
     }

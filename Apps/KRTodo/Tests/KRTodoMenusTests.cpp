@@ -493,7 +493,7 @@ TEST_F(KRTodoMenusTests, EscapeSelectsTheItemThatWasEditedSoTheArrowsGoOn) {
 }
 
 TEST_F(KRTodoMenusTests, EscapeWithItemsSelectedLeavesNothingSelected) {
-    edit(2, KRRange{0, 0});
+    edit(2, KRRange{KRUIntegerMax, 0});
     press(Qt::Key_Down, Qt::ShiftModifier);
     ASSERT_FALSE(list().indexesForSelectedItems().isEmpty());
     press(Qt::Key_Escape);
@@ -540,4 +540,32 @@ TEST_F(KRTodoMenusTests, InsertedItemStaysWhileAnUpdateEndsAndResumesItsEdit) {
     EXPECT_EQ(store->count(), 7u);
     EXPECT_EQ(list().indexForEditedItem(), 6u);
     EXPECT_TRUE(store->hasItemInsertedByCommand());
+}
+
+// Paste
+// ------------------------------------------------------------------------------------------------------
+
+TEST_F(KRTodoMenusTests, PasteOfLinesIsOneGroupingForTheStore) {
+    KRPasteboard& pasteboard = *KRPasteboard::generalPasteboard();
+    pasteboard.declareTypes({KRPasteboardTypeString}, nullptr);
+    pasteboard.setString(QStringLiteral("- one\n+ two\n"), KRPasteboardTypeString);
+    edit(4, KRRange{KRUIntegerMax, 0});
+    press(Qt::Key_V, Qt::ControlModifier);
+    EXPECT_EQ(storeTitles(), (QStringList{"alpha", "bravo", "charlie", "delta", "echo", "one", "two"}));
+    EXPECT_EQ(store->items()[6].status, KRTodoItem::Completed);
+    EXPECT_EQ(store->completedGroupings(), 1u);
+    EXPECT_FALSE(store->isGrouping());
+}
+
+// Items under the list's own type that do not read, and no text: the paste changes nothing and the app goes
+// on.
+TEST_F(KRTodoMenusTests, PasteOfUnreadableItemsWithoutTextChangesNothing) {
+    KRPasteboard& pasteboard = *KRPasteboard::generalPasteboard();
+    pasteboard.declareTypes({KRCheckListItemsAsJSONPasteboardType}, nullptr);
+    pasteboard.setData(QByteArrayLiteral("{not json"), KRCheckListItemsAsJSONPasteboardType);
+    edit(1, KRRange{0, 0});
+    EXPECT_NO_THROW(press(Qt::Key_V, Qt::ControlModifier));
+    EXPECT_EQ(storeTitles(), (QStringList{"alpha", "bravo", "charlie", "delta", "echo"}));
+    EXPECT_EQ(list().indexForEditedItem(), 1u);
+    EXPECT_EQ(store->completedGroupings(), 0u);
 }

@@ -62,12 +62,11 @@ class App:
     def _find_window(self):
         if self.process.poll() is not None:
             raise SessionError(f"KRTodo ended early with status {self.process.returncode}")
-        found = subprocess.run(["xdotool", "search", "--onlyvisible", "--pid", str(self.process.pid),
+        found = subprocess.run(["xdotool", "search", "--all", "--onlyvisible", "--pid", str(self.process.pid),
                                 "--name", "^KRTodo$"], env=self.env, capture_output=True, text=True)
         return found.stdout.split()
 
     def focus(self):
-        xdotool(self.env, "windowactivate", "--sync", self.window)
         xdotool(self.env, "windowfocus", "--sync", self.window)
         wait_until(lambda: xdotool(self.env, "getwindowfocus") == self.window, "the focus on KRTodo")
 
