@@ -147,6 +147,25 @@ TEST_F(KRCheckListViewStaleSelectionTests, MergingTitlesLeavesTheMergedItemEdite
     EXPECT_TRUE(everySelectedNumberNamesARow());
 }
 
+TEST_F(KRCheckListViewStaleSelectionTests,
+       PasteReplacingTheLastItemsLeavesThePastedItemEditedAndNothingSelected) {
+    selectItems(KRIndexSet(KRRange{3, 2}));
+    pressKey(Qt::Key_V, Qt::ControlModifier);
+    EXPECT_EQ(rowTitles(), (QStringList{"one", "two", "three", "pasted", "too"}));
+    EXPECT_TRUE(list->indexesForSelectedItems().isEmpty());
+    EXPECT_EQ(list->indexForEditedItem(), 4u);
+}
+
+TEST_F(KRCheckListViewStaleSelectionTests,
+       PasteReplacingEveryItemLeavesThePastedItemEditedAndNothingSelected) {
+    selectEveryItemWithKeys();
+    pressKey(Qt::Key_V, Qt::ControlModifier);
+    EXPECT_EQ(rowTitles(), (QStringList{"pasted", "too"}));
+    EXPECT_TRUE(list->indexesForSelectedItems().isEmpty());
+    EXPECT_EQ(list->indexForEditedItem(), 1u);
+    EXPECT_NO_THROW(pressKey(Qt::Key_Right));
+}
+
 // A data source that takes fewer or more items than asked leaves the list's follow-up edit without its row.
 TEST_F(KRCheckListViewStaleSelectionTests, ReturnWithSelectedItemsAndAnInsertRefusedEditsNothing) {
     selectItems(KRIndexSet(KRRange{3, 2}));
