@@ -381,6 +381,53 @@ TEST_F(KRCheckListViewDraggingTests, APointerBelowTheListDropsAtTheEndAndPinsThe
     EXPECT_GT(layout.itemViewFrames[1].origin.y, heldY + hoverY());
 }
 
+TEST_F(KRCheckListViewDraggingTests, SeveralRowsDraggedBelowTheListAreEachHeldByTheirOwnHeightAtTheBottom) {
+    showTitles({kOneLineTitle, kThreeLineTitle, kTwoLineTitle, kOneLineTitle});
+    list->setFrameSize(KRSizeMake(320, 250));
+    list->selectItemsAtIndexesByExtendingSelection(KRIndexSet(1).indexSetByAddingIndex(2), false);
+    settle();
+    const KRPoint pressed = pressHandleOfRow(1);
+
+    const KRPoint pointer = KRPointMake(pressed.x, 250.0 + 60.0);
+    const KRCheckListViewLayout layout = draggingLayoutWithPointerAt(pointer);
+
+    EXPECT_EQ(layout.dropPlaceholderIndex, 4u);
+    // Rows 0 and 3 closed up at 0 and 27; the gap of the pressed row's 63 points below them.
+    EXPECT_EQ(layout.itemViewFrames[0].origin.y, 0.0);
+    EXPECT_EQ(layout.itemViewFrames[3].origin.y, 27.0);
+    EXPECT_EQ(layout.dropPlaceholderFrame, KRRectMake(0, 54.0, listSize().width, 63.0));
+    // The clamp takes each dragged row's own height: the pressed row's 64 points, the card's one line.
+    const double ay = std::round(pointer.y - session().draggingOffsetY());
+    const double pressedHeldY = 250.0 - 64.0;
+    const double cardHeldY = 250.0 - KRCheckListDefaults::itemHeight();
+    EXPECT_EQ(layout.itemViewFrames[1].origin.y,
+              std::round(damp(ay - pressedHeldY, KRCheckListDefaults::maxDragOutY())) + pressedHeldY +
+                  hoverY());
+    EXPECT_EQ(layout.itemViewFrames[2].origin.y,
+              std::round(damp(ay - cardHeldY, KRCheckListDefaults::maxDragOutY())) + cardHeldY + hoverY());
+    EXPECT_EQ(layout.itemViewFrames[2].size.height, KRCheckListDefaults::itemHeight());
+    EXPECT_EQ(layout.itemViewFrames[1].origin.x, layout.itemViewFrames[2].origin.x);
+}
+
+TEST_F(KRCheckListViewDraggingTests, SeveralRowsDraggedFarAboveTheListShareOneOriginPinnedAboveTheTop) {
+    showTitles({kOneLineTitle, kTwoLineTitle, kThreeLineTitle, kOneLineTitle});
+    list->selectItemsAtIndexesByExtendingSelection(KRIndexSet(1).indexSetByAddingIndex(2), false);
+    settle();
+    const KRPoint pressed = pressHandleOfRow(2);
+
+    dragTo(KRPointMake(pressed.x, -1.0e6));
+
+    EXPECT_EQ(list->dropPlaceholderIndex(), 0u);
+    const double pinned = -KRCheckListDefaults::maxDragOutY() + hoverY();
+    EXPECT_EQ(rowAt(2)->frame().origin.y, pinned);
+    EXPECT_EQ(rowAt(1)->frame().origin.y, pinned);
+    EXPECT_EQ(rowAt(1)->frame().size.height, KRCheckListDefaults::itemHeight());
+    EXPECT_EQ(rowAt(2)->frame().size.height, 64.0);
+    // The remaining rows: row 0 below the gap, row 3 below it.
+    EXPECT_EQ(rowAt(0)->frame().origin.y, 63.0);
+    EXPECT_EQ(rowAt(3)->frame().origin.y, 63.0 + 27.0);
+}
+
 TEST_F(KRCheckListViewDraggingTests, APointerFarAboveTheListNeverLiftsTheRowMoreThanMaxDragOutAboveTheTop) {
     showItems({"a", "b", "c"});
     const KRPoint pressed = pressHandleOfRow(1);
@@ -1043,6 +1090,51 @@ TEST_F(KRCheckListViewDraggingReleaseTests, DragEventsKeepComingWhileTheButtonIs
     send(QEvent::MouseButtonRelease, QPointF(60, hostOrigin.y() + 300), Qt::LeftButton, Qt::NoButton);
     EXPECT_FALSE(list->isDragging());
     EXPECT_EQ(linesOf(dataSource->identifiers()), linesOf({"b", "c", "d", "a"}));
+}
+
+} // namespace
+
+// Going away in the middle of a drag
+// ------------------------------------------------------------------------------------------------------
+
+namespace {
+
+// A list whose host widget and views go away while a row is still held (AddressSanitizer watches).
+TEST(KRCheckListViewDraggingTeardownTests, AHostAndListDestroyedDuringADragLeaveNothingBehind) {
+    KRClock::useManualTime(0.0);
+    KRTextView::installTextSystem();
+    auto log = std::make_shared<MessageLog>();
+    auto dataSource = std::make_shared<RecordingDataSource>(log);
+    dataSource->items = itemsWithIdentifiers({"a", "b", "c", "d"});
+    auto host = std::make_unique<KRHostWidget>();
+    auto list = std::make_shared<KRCheckListView>(KRRectMake(0, 0, 320, 600));
+    host->resize(320, 600);
+    host->setContentView(list);
+    list->setDataSource(dataSource);
+    list->reloadItems();
+    host->krWindow().updateIfNeeded();
+    const KRView& handle = *list->checkListViewItemViewForItemAtIndex(1)->handleButtonView();
+    const KRPoint point = handle.convertPointToView(
+        KRPointMake(KRRectGetMidX(handle.bounds()), KRRectGetMidY(handle.bounds())), nullptr);
+    const auto send = [&](QEvent::Type type, KRPoint at, Qt::MouseButton button, Qt::MouseButtons buttons) {
+        const QPointF position(at.x, at.y);
+        QMouseEvent event(type, position, host->mapToGlobal(position), button, buttons, Qt::NoModifier);
+        QCoreApplication::sendEvent(host.get(), &event);
+    };
+    send(QEvent::MouseButtonPress, point, Qt::LeftButton, Qt::LeftButton);
+    send(QEvent::MouseMove, KRPointMake(point.x, 100.0), Qt::NoButton, Qt::LeftButton);
+    ASSERT_TRUE(list->isDragging());
+    const std::weak_ptr<KRCheckListView> weakList = list;
+
+    host.reset();
+    list.reset();
+    KRClock::advance(1.0);
+    KRRunLoop::main().runUntilIdle();
+
+    // The springs and fades that were running, and whatever the drag deferred, find nothing to touch.
+    EXPECT_TRUE(weakList.expired());
+    EXPECT_EQ(log->count(QStringLiteral("moveItemsAtIndexes {1} toIndex 4")), 0) << "nothing was dropped";
+    KRRunLoop::main().cancelAll();
 }
 
 } // namespace
