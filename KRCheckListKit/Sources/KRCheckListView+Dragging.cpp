@@ -12,7 +12,6 @@
 #include "Animation/EZInterpolationFunctions.h"
 #include "Animation/KRAnimationDurationMultiplier.h"
 #include "Foundation/KRAssertionHandler.h"
-#include "Foundation/KRObject.h"
 
 #include <algorithm>
 #include <cmath>
@@ -142,7 +141,7 @@ void KRCheckListView::checkListViewDropDraggedItemsWithMouseLocation(KRPoint mou
     m_dragging = false;
     m_draggingSession.reset();
 
-    const KRWeak<KRCheckListView> weakSelf(this);
+    const std::weak_ptr<bool> alive = m_alive;
     KRView::performAnimated(
         true,
         [this, session](EZAnimationContext& context) {
@@ -160,9 +159,9 @@ void KRCheckListView::checkListViewDropDraggedItemsWithMouseLocation(KRPoint mou
             setNeedsLayout(true);
             layoutIfNeeded();
         },
-        [weakSelf] {
-            if (KRCheckListView* checkListView = weakSelf.get()) {
-                checkListView->checkListViewShowOrHideDropPlaceholderIfNeededAnimated(false);
+        [this, alive] {
+            if (!alive.expired()) {
+                checkListViewShowOrHideDropPlaceholderIfNeededAnimated(false);
             }
         });
 }

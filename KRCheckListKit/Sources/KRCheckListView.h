@@ -599,4 +599,7 @@ private:
     const KRCheckListItemView* m_itemViewBeingPlaced = nullptr;
     // The press of a plain click, from the press to the release: its drags and its release go to the editor.
     std::optional<KREvent> m_clickPressInFieldEditor;
+    // Watched by what the list leaves to run later (the completion of a drop's animation): it expires as the
+    // list begins to go away, before its rows and their animations do.
+    std::shared_ptr<bool> m_alive = std::make_shared<bool>(true);
 };

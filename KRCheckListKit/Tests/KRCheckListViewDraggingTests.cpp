@@ -1137,4 +1137,39 @@ TEST(KRCheckListViewDraggingTeardownTests, AHostAndListDestroyedDuringADragLeave
     KRRunLoop::main().cancelAll();
 }
 
+// A list that goes away right after a drop, while its rows are still settling: the drop's completion,
+// which runs as the rows' animations end with them, must not reach the list (UndefinedBehaviorSanitizer
+// watches).
+TEST(KRCheckListViewDraggingTeardownTests, AListDestroyedWhileItsDropSettlesIsNotCalledBack) {
+    KRClock::useManualTime(0.0);
+    KRTextView::installTextSystem();
+    auto log = std::make_shared<MessageLog>();
+    auto dataSource = std::make_shared<RecordingDataSource>(log);
+    dataSource->items = itemsWithIdentifiers({"a", "b", "c"});
+    KRWindow window;
+    auto list = std::make_shared<KRCheckListView>(KRRectMake(0, 0, 320, 600));
+    window.setContentView(list);
+    list->setDataSource(dataSource);
+    list->reloadItems();
+    window.updateIfNeeded();
+    const KRView& handle = *list->checkListViewItemViewForItemAtIndex(0)->handleButtonView();
+    const KRPoint point = handle.convertPointToView(
+        KRPointMake(KRRectGetMidX(handle.bounds()), KRRectGetMidY(handle.bounds())), nullptr);
+    window.sendEvent(KREvent::mouseEvent(KREventType::LeftMouseDown, point, 0, &window));
+    window.sendEvent(
+        KREvent::mouseEvent(KREventType::LeftMouseDragged, KRPointMake(point.x, 70.0), 0, &window));
+    window.sendEvent(KREvent::mouseEvent(KREventType::LeftMouseUp, KRPointMake(point.x, 70.0), 0, &window));
+    ASSERT_EQ(log->count(QStringLiteral("moveItemsAtIndexes {0} toIndex 3")), 1);
+    ASSERT_TRUE(list->dropPlaceholderView()) << "the drop is still settling";
+    const std::weak_ptr<KRCheckListView> weakList = list;
+
+    window.setContentView(nullptr);
+    list.reset();
+    KRClock::advance(1.0);
+    KRRunLoop::main().runUntilIdle();
+
+    EXPECT_TRUE(weakList.expired());
+    KRRunLoop::main().cancelAll();
+}
+
 } // namespace
