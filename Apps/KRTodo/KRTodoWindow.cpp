@@ -1,10 +1,12 @@
 #include "KRTodoWindow.h"
 
+#include "KRTodoDefaults.h"
 #include "KRTodoMenus.h"
 #include "KRTodoStore.h"
 
 #include "KRCheckListView.h"
 
+#include "Foundation/KRClock.h"
 #include "Foundation/KRRunLoop.h"
 #include "Platform/KRHostWidget.h"
 #include "Text/KRTextView.h"
@@ -18,6 +20,7 @@
 #include <QScrollArea>
 #include <QScrollBar>
 
+#include <algorithm>
 #include <cmath>
 #include <utility>
 
@@ -119,6 +122,14 @@ bool KRTodoWindow::eventFilter(QObject* watched, QEvent* event) {
             return true;
         }
         break;
+    case QEvent::MouseMove: {
+        // A drag runs from the press on a handle; its moves come to the host wherever the pointer is.
+        const auto* move = static_cast<const QMouseEvent*>(event);
+        if ((move->buttons() & Qt::LeftButton) && m_checkListView->isDragging()) {
+            followDraggingPointer(move->globalPosition());
+        }
+        break;
+    }
     default:
         break;
     }
@@ -203,6 +214,81 @@ void KRTodoWindow::revealCaret() {
     }
     const QPoint centre = caret.center();
     m_scrollArea->ensureVisible(centre.x(), centre.y(), 0, caret.height() / 2 + kCaretMargin);
+}
+
+// Auto-scroll
+// -------------------------------------------------------------------------------------------------------
+
+double KRTodoWindow::autoScrollSpeedAtViewportY(double y) const {
+    const double height = m_scrollArea->viewport()->height();
+    // A viewport too low for two full zones shares it between them.
+    const double zone = std::min(KRTodoDefaults::autoScrollEdgeZoneHeight(), height / 2.0);
+    if (zone <= 0.0) {
+        return 0.0;
+    }
+    const double minimum = KRTodoDefaults::autoScrollMinimumSpeed();
+    const double maximum = KRTodoDefaults::autoScrollMaximumSpeed();
+    // 0 where the pointer enters a zone, 1 at the viewport's edge and beyond it.
+    const auto speedAtDepth = [&](double depth) {
+        return minimum + (maximum - minimum) * std::clamp(depth, 0.0, 1.0);
+    };
+    if (y < zone) {
+        return -speedAtDepth((zone - y) / zone);
+    }
+    if (y > height - zone) {
+        return speedAtDepth((y - (height - zone)) / zone);
+    }
+    return 0.0;
+}
+
+void KRTodoWindow::followDraggingPointer(QPointF globalPosition) {
+    m_draggingPointer = globalPosition;
+    const double y = m_scrollArea->viewport()->mapFromGlobal(globalPosition).y();
+    if (autoScrollSpeedAtViewportY(y) != 0.0 && !m_autoScrollScheduled) {
+        m_lastAutoScrollTime = KRClock::now();
+        m_autoScrollRemainder = 0.0;
+        scheduleAutoScroll();
+    }
+}
+
+void KRTodoWindow::scheduleAutoScroll() {
+    m_autoScrollScheduled = true;
+    KRRunLoop::main().performAfterDelay(KRTodoDefaults::autoScrollInterval(),
+                                        [window = QPointer<KRTodoWindow>(this)] {
+                                            if (window) {
+                                                window->autoScroll();
+                                            }
+                                        });
+}
+
+// One step: scroll by the speed times the time since the last step, then hand the pointer to the host
+// again, so that the dragged row stays under it in the list's coordinates.
+void KRTodoWindow::autoScroll() {
+    m_autoScrollScheduled = false;
+    if (!m_checkListView->isDragging()) {
+        return;
+    }
+    const double y = m_scrollArea->viewport()->mapFromGlobal(m_draggingPointer).y();
+    const double speed = autoScrollSpeedAtViewportY(y);
+    if (speed == 0.0) {
+        return;
+    }
+    const double now = KRClock::now();
+    const double distance = speed * (now - m_lastAutoScrollTime) + m_autoScrollRemainder;
+    m_lastAutoScrollTime = now;
+    const double whole = std::trunc(distance);
+    m_autoScrollRemainder = distance - whole;
+    QScrollBar* scrollBar = m_scrollArea->verticalScrollBar();
+    const int before = scrollBar->value();
+    scrollBar->setValue(before + static_cast<int>(whole));
+    // The next step first: the move below passes the event filter, which would otherwise start over.
+    scheduleAutoScroll();
+    if (scrollBar->value() != before) {
+        const QPointF position = m_hostWidget->mapFromGlobal(m_draggingPointer);
+        QMouseEvent move(QEvent::MouseMove, position, m_draggingPointer, Qt::NoButton, Qt::LeftButton,
+                         Qt::NoModifier);
+        QCoreApplication::sendEvent(m_hostWidget, &move);
+    }
 }
 
 void KRTodoWindow::settle() {

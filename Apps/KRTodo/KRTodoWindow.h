@@ -2,6 +2,7 @@
 
 #include <QImage>
 #include <QMainWindow>
+#include <QPointF>
 #include <QRect>
 
 #include <memory>
@@ -15,8 +16,9 @@ class QMouseEvent;
 class QScrollArea;
 
 // KRTodo's main window: the store's checklist in a scroll area. The list is as wide as the scroll area's
-// viewport and as tall as its rows; it scrolls when it is taller than the window, and keeps the caret in
-// view while the user types and moves from row to row.
+// viewport and as tall as its rows; it scrolls when it is taller than the window, keeps the caret in view
+// while the user types and moves from row to row, and scrolls by itself while a row is dragged near the
+// viewport's top or bottom edge.
 class KRTodoWindow : public QMainWindow {
 public:
     explicit KRTodoWindow(std::shared_ptr<KRTodoStore> store, QWidget* parent = nullptr);
@@ -33,6 +35,12 @@ public:
     // Scrolls the caret into view on the next turn, once the list and the host have followed the change.
     void scheduleCaretReveal();
     bool isCaretRevealScheduled() const { return m_caretRevealScheduled; }
+
+    // The speed at which the viewport scrolls by itself (points per second, negative upward) while a row is
+    // dragged with the pointer at y in the viewport's coordinates: none outside the edge zones, faster the
+    // deeper the pointer is in one, the most at the edge and beyond it.
+    double autoScrollSpeedAtViewportY(double y) const;
+    bool isAutoScrollScheduled() const { return m_autoScrollScheduled; }
 
     // Runs Qt's events and the toolkit's deferred work until the list's size has followed the window.
     void settle();
@@ -52,6 +60,9 @@ private:
     bool isBelowRows(const QMouseEvent& event) const;
     void endEditingForPressBelowRows(const QMouseEvent& event);
     bool insertItemForDoubleClickBelowRows(const QMouseEvent& event);
+    void followDraggingPointer(QPointF globalPosition);
+    void scheduleAutoScroll();
+    void autoScroll();
 
     std::shared_ptr<KRTodoStore> m_store;
     std::shared_ptr<KRCheckListView> m_checkListView;
@@ -61,4 +72,10 @@ private:
     std::unique_ptr<KRTodoMenus> m_menus;
     bool m_heightUpdateScheduled = false;
     bool m_caretRevealScheduled = false;
+    // The pointer of the running drag (screen coordinates), and the auto-scroll steps: when the last one
+    // ran, and the part of a point it left over.
+    QPointF m_draggingPointer;
+    bool m_autoScrollScheduled = false;
+    double m_lastAutoScrollTime = 0.0;
+    double m_autoScrollRemainder = 0.0;
 };

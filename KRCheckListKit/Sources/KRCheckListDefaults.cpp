@@ -39,6 +39,22 @@ double KRCheckListDefaults::maxDragOutY() {
     return maxDragOutX();
 }
 
+double KRCheckListDefaults::dropPlaceholderWidth() {
+    return 10.0;
+}
+
+double KRCheckListDefaults::draggingDampingRatio() {
+    return 0.9;
+}
+
+double KRCheckListDefaults::draggingDuration() {
+    return 0.25;
+}
+
+double KRCheckListDefaults::dropPlaceholderFadeDuration() {
+    return 0.2;
+}
+
 QColor KRCheckListDefaults::tintColor() {
     return KRDefaults::skyflowerBlueColor();
 }

@@ -18,6 +18,14 @@ public:
     static double hoverOffsetY();
     static double maxDragOutX();
     static double maxDragOutY();
+    // The width a drop placeholder asks for; the list gives it the gap's frame.
+    static double dropPlaceholderWidth();
+    // The spring of a handle drag: the lift, the rows making room and the drop (seconds before the
+    // animation multiplier).
+    static double draggingDampingRatio();
+    static double draggingDuration();
+    // A drop placeholder fades in and out linearly over this long (before the animation multiplier).
+    static double dropPlaceholderFadeDuration();
 
     static QColor tintColor();
     static QColor defaultTextColor();

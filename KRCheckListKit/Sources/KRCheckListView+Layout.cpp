@@ -6,6 +6,7 @@
 #include "KRCheckListView.h"
 
 #include "KRCheckListDefaults.h"
+#include "KRCheckListDraggingSession.h"
 #include "KRCheckListDropPlaceholderContentView.h"
 
 #include "Views/KREvent.h"
@@ -210,9 +211,9 @@ void KRCheckListView::layoutSubviews() {
     const KREvent* currentEvent = window ? window->currentEvent() : nullptr;
     const bool isLeftMouseDragged = currentEvent && currentEvent->type() == KREventType::LeftMouseDragged;
 
-    // While a drag runs, the dragging layout of the drag session takes the resting layout's place
-    // here; both produce the same record.
-    const KRCheckListViewLayout layout = checkListViewLayoutForSize(bounds.size);
+    // While a drag runs the dragging layout takes the resting layout's place; both produce the same record.
+    const KRCheckListViewLayout layout = m_dragging ? checkListViewDraggingLayoutForSize(bounds.size)
+                                                    : checkListViewLayoutForSize(bounds.size);
 
     checkListViewApplyItemViewFrames(layout.itemViewFrames, isLeftMouseDragged);
     m_dropPlaceholderContentView->setFrame(layout.dropPlaceholderContentViewFrame);
@@ -354,8 +355,10 @@ KRPoint KRCheckListView::checkListViewMovePoint(KRPoint point, KRRect insideRect
 // ------------------------------------------------------------------------------------------------------
 
 KRIndexSet KRCheckListView::checkListViewIndexesOfDraggedItems() const {
-    // The drag session's indexesOfDraggedItems while a drag runs; none at rest.
-    return KRIndexSet();
+    if (!m_dragging || !m_draggingSession) {
+        return KRIndexSet();
+    }
+    return m_draggingSession->indexesOfDraggedItems();
 }
 
 struct KRCheckListView::DividerContext {

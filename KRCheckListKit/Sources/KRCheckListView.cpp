@@ -62,6 +62,8 @@ KRCheckListView::KRCheckListView(KRRect frame) : KRView(frame) {
 }
 
 KRCheckListView::~KRCheckListView() {
+    // Animations that end while the rows go away below must not call back into a list that is gone.
+    m_alive.reset();
     checkListViewUnload();
     // The rows outlive this part of the list (they go with the view tree, after this body); whatever they
     // do on their way out must not reach a list that is gone.

@@ -26,7 +26,9 @@
 #include <utility>
 #include <vector>
 
+class KRCheckListDraggingSession;
 class KRCheckListDropPlaceholderContentView;
+class KRCheckListDropPlaceholderView;
 
 // The private pasteboard type of copied items (and the list's one dragged type).
 extern const QString KRCheckListItemsAsJSONPasteboardType;
@@ -122,11 +124,19 @@ public:
     bool isSelecting() const { return m_selecting; }
     bool didHandleLastKeyDownEvent() const { return m_didHandleLastKeyDownEvent; }
     bool isDragging() const { return m_dragging; }
+    // The running handle drag, null between drags.
+    const std::shared_ptr<KRCheckListDraggingSession>& draggingSession() const { return m_draggingSession; }
+    // Kept for clients; the list neither sets nor reads it.
     double heightOfFirstDraggedItem() const { return m_heightOfFirstDraggedItem; }
+    void setHeightOfFirstDraggedItem(double height) { m_heightOfFirstDraggedItem = height; }
     bool isUpdateScheduled() const { return m_updateScheduled; }
     KRSize lastSizeThatFits() const { return m_lastSizeThatFits; }
     KRRect dropPlaceholderFrame() const { return m_dropPlaceholderFrame; }
     KRUInteger dropPlaceholderIndex() const { return m_dropPlaceholderIndex; }
+    // The placeholder shown in the gap of a running drag, null when none is shown.
+    const std::shared_ptr<KRCheckListDropPlaceholderView>& dropPlaceholderView() const {
+        return m_dropPlaceholderView;
+    }
     KRRect insertionPointRectOnScreen() const { return m_insertionPointRectOnScreen; }
     KRRect insertionPointRect() const { return m_insertionPointRect; }
 
@@ -325,6 +335,24 @@ public:
     void checkListViewUpdateDividers();
     void updateTrackingAreas() override;
 
+    // Dragging -------------------------------------------------------------------------------------------
+    // Pressing a row's handle lifts it, with every other selected row when it is selected itself; the rows
+    // follow the pointer while the others make room, and the release moves their items to the gap. The
+    // three answer false: the handle goes on with its own press.
+    bool checkListItemViewMouseDownHandle(KRCheckListItemView* itemView, const KREvent& event) override;
+    bool checkListItemViewMouseDraggedHandle(KRCheckListItemView* itemView, const KREvent& event) override;
+    bool checkListItemViewMouseUpHandle(KRCheckListItemView* itemView, const KREvent& event) override;
+    // The layout of a running drag: the others close ranks, a gap of the pressed row's height opens at the
+    // drop index, the dragged rows stand under the pointer with elastic limits. Without a drag session it
+    // fails an internal-inconsistency assertion.
+    KRCheckListViewLayout checkListViewDraggingLayoutForSize(KRSize size) const;
+    // An odd function that follows the deflection near 0 and approaches, never reaches, the maximum.
+    static double checkListViewApplyElasticDampingToDeflectionMaxDampedDeflection(double deflection,
+                                                                                  double maxDampedDeflection);
+    // Brings the shown drop placeholder in line with dropPlaceholderFrame: a new gap cross-fades, the
+    // placeholder never slides.
+    void checkListViewShowOrHideDropPlaceholderIfNeededAnimated(bool animated);
+
     // Forwarders to the data source ----------------------------------------------------------------------
     KRUInteger checkListViewNumberOfItems(KRCheckListView* checkListView);
     QJsonValue checkListViewIdentifierForItemAtIndex(KRCheckListView* checkListView, KRUInteger index);
@@ -466,6 +494,11 @@ private:
     void checkListViewEndObservingNotifications();
     void checkListItemViewRegisterForDraggedTypes();
 
+    // The drop of a running drag, with the pointer last at mouseLocation (list coordinates).
+    void checkListViewDropDraggedItemsWithMouseLocation(KRPoint mouseLocation);
+    // A view to fade in: the first placeholder that has faded out, or a new invisible one.
+    std::shared_ptr<KRCheckListDropPlaceholderView> checkListViewReusableDropPlaceholderView();
+
     // The indexes the divider pass leaves out while a drag runs (empty at rest).
     KRIndexSet checkListViewIndexesOfDraggedItems() const;
     // Dividers. A row's flags follow from its own state, the next row's and its place in the list; the
@@ -545,6 +578,8 @@ private:
     std::shared_ptr<KRCheckListItemView> m_dummyCheckListItemView;
     std::shared_ptr<KRCheckListFieldEditor> m_fieldEditor;
     std::shared_ptr<KRCheckListDropPlaceholderContentView> m_dropPlaceholderContentView;
+    std::shared_ptr<KRCheckListDropPlaceholderView> m_dropPlaceholderView;
+    std::shared_ptr<KRCheckListDraggingSession> m_draggingSession;
     KRIndexSet m_indexesForSelectedItems;
     KRUInteger m_indexForEditedItem = KRNotFound;
     KRInteger m_pivotIndex = 0;
@@ -583,4 +618,7 @@ private:
     const KRCheckListItemView* m_itemViewBeingPlaced = nullptr;
     // The press of a plain click, from the press to the release: its drags and its release go to the editor.
     std::optional<KREvent> m_clickPressInFieldEditor;
+    // Watched by what the list leaves to run later (the completion of a drop's animation): it expires as the
+    // list begins to go away, before its rows and their animations do.
+    std::shared_ptr<bool> m_alive = std::make_shared<bool>(true);
 };

@@ -1,10 +1,13 @@
 #include "KRTodoWindow.h"
 
+#include "KRTodoDefaults.h"
 #include "KRTodoStore.h"
 
 #include "KRCheckListView.h"
 
+#include "Foundation/KRClock.h"
 #include "Foundation/KRRunLoop.h"
+#include "KRCheckListDraggingSession.h"
 #include "Platform/KRHostWidget.h"
 
 #include <QCoreApplication>
@@ -249,4 +252,152 @@ TEST_F(KRTodoWindowTests, DoubleClickBelowTheRowsAddsAnItemAtTheEndToTypeInto) {
     EXPECT_EQ(window.checkListView().indexForEditedItem(), 12u);
     type(QStringLiteral("Water the plants"));
     EXPECT_EQ(store->items()[12].title, QStringLiteral("Water the plants"));
+}
+
+// Auto-scroll while a row is dragged
+// -------------------------------------------------------------------------------------------------------
+
+namespace {
+
+class KRTodoWindowAutoScrollTests : public KRTodoWindowTests {
+protected:
+    void SetUp() override {
+        ASSERT_TRUE(KRClock::isManual());
+        KRTodoWindowTests::SetUp();
+        // Low enough that the list scrolls.
+        window.resize(480, 200);
+        window.settle();
+        ASSERT_GT(scrollBar().maximum(), 200);
+    }
+    void TearDown() override {
+        KRClock::advance(1.0);
+        KRTodoWindowTests::TearDown();
+    }
+
+    QScrollBar& scrollBar() const { return *window.scrollArea().verticalScrollBar(); }
+    QWidget& viewport() const { return *window.scrollArea().viewport(); }
+    int viewportHeight() const { return viewport().height(); }
+    // Sends a mouse event to the host at a point given in the viewport's coordinates.
+    void sendAtViewportPoint(QEvent::Type type, QPointF inViewport, Qt::MouseButton button,
+                             Qt::MouseButtons buttons) {
+        KRHostWidget& host = window.hostWidget();
+        const QPointF global = viewport().mapToGlobal(inViewport);
+        const QPointF position = host.mapFromGlobal(global);
+        QMouseEvent event(type, position, global, button, buttons, Qt::NoModifier);
+        QCoreApplication::sendEvent(&host, &event);
+    }
+    // Presses the handle of a row that the viewport shows and answers the point (viewport coordinates).
+    QPointF pressHandleOfRow(KRUInteger index) {
+        const QPointF inHost = centreInHost(*row(index).handleButtonView());
+        const QPointF inViewport = viewport().mapFromGlobal(window.hostWidget().mapToGlobal(inHost));
+        sendAtViewportPoint(QEvent::MouseButtonPress, inViewport, Qt::LeftButton, Qt::LeftButton);
+        return inViewport;
+    }
+    void dragToViewportY(double x, double y) {
+        sendAtViewportPoint(QEvent::MouseMove, QPointF(x, y), Qt::NoButton, Qt::LeftButton);
+    }
+    // One display frame: the clock moves on and the due step runs.
+    void runFrames(int count) {
+        for (int frame = 0; frame < count; ++frame) {
+            KRClock::advance(KRTodoDefaults::autoScrollInterval());
+            KRRunLoop::main().runOneTurn();
+        }
+    }
+    double speedAt(double y) const { return window.autoScrollSpeedAtViewportY(y); }
+};
+
+} // namespace
+
+TEST_F(KRTodoWindowAutoScrollTests, TheSpeedIsZeroAwayFromTheEdgesAndGrowsWithTheDepthInAZone) {
+    const double h = viewportHeight();
+    const double zone = KRTodoDefaults::autoScrollEdgeZoneHeight();
+    const double minimum = KRTodoDefaults::autoScrollMinimumSpeed();
+    const double maximum = KRTodoDefaults::autoScrollMaximumSpeed();
+    ASSERT_GT(h, 2 * zone);
+
+    EXPECT_EQ(speedAt(h / 2), 0.0);
+    EXPECT_EQ(speedAt(zone), 0.0) << "the zone's inner edge";
+    EXPECT_EQ(speedAt(h - zone), 0.0);
+    EXPECT_DOUBLE_EQ(speedAt(zone / 2), -(minimum + maximum) / 2);
+    EXPECT_DOUBLE_EQ(speedAt(h - zone / 2), (minimum + maximum) / 2);
+    EXPECT_LT(speedAt(zone / 4), speedAt(zone / 2)) << "deeper upward is faster";
+    EXPECT_GT(speedAt(h - zone / 4), speedAt(h - zone / 2)) << "deeper downward is faster";
+    EXPECT_DOUBLE_EQ(speedAt(0), -maximum);
+    EXPECT_DOUBLE_EQ(speedAt(h), maximum);
+    EXPECT_DOUBLE_EQ(speedAt(-500), -maximum) << "beyond the edge";
+    EXPECT_DOUBLE_EQ(speedAt(h + 500), maximum);
+}
+
+TEST_F(KRTodoWindowAutoScrollTests, DraggingARowNearTheBottomEdgeScrollsDownAndTheRowFollowsThePointer) {
+    KRCheckListView& list = window.checkListView();
+    const QPointF pressed = pressHandleOfRow(1);
+    ASSERT_TRUE(list.isDragging());
+    const double y = viewportHeight() - KRTodoDefaults::autoScrollEdgeZoneHeight() / 2;
+    dragToViewportY(pressed.x(), y);
+    ASSERT_EQ(scrollBar().value(), 0);
+    const double offset = list.checkListViewItemViewForItemAtIndex(1)->frame().origin.y -
+                          list.draggingSession()->mouseLocation().y;
+
+    runFrames(15);
+
+    // A quarter of a second at the speed of the zone's middle.
+    const double expected = speedAt(y) * 15 * KRTodoDefaults::autoScrollInterval();
+    EXPECT_NEAR(scrollBar().value(), expected, 1.0);
+    // The pointer stays where it is on the screen, so in the list it has moved down by the scrolled distance.
+    EXPECT_EQ(list.draggingSession()->mouseLocation().y, y + scrollBar().value());
+    EXPECT_EQ(list.checkListViewItemViewForItemAtIndex(1)->frame().origin.y,
+              list.draggingSession()->mouseLocation().y + offset);
+    EXPECT_GT(list.dropPlaceholderIndex(), 2u) << "the gap follows to rows further down";
+}
+
+TEST_F(KRTodoWindowAutoScrollTests, DeeperInTheZoneScrollsFaster) {
+    const QPointF pressed = pressHandleOfRow(1);
+    const double zone = KRTodoDefaults::autoScrollEdgeZoneHeight();
+    dragToViewportY(pressed.x(), viewportHeight() - zone * 0.75);
+    runFrames(6);
+    const int shallow = scrollBar().value();
+
+    dragToViewportY(pressed.x(), viewportHeight() - zone * 0.25);
+    runFrames(6);
+    const int deep = scrollBar().value() - shallow;
+
+    EXPECT_GT(shallow, 0);
+    EXPECT_GT(deep, 2 * shallow);
+}
+
+TEST_F(KRTodoWindowAutoScrollTests, DraggingAboveTheViewportScrollsUpAtTheMaximumSpeed) {
+    scrollBar().setValue(scrollBar().maximum());
+    window.settle();
+    const int start = scrollBar().value();
+    KRCheckListView& list = window.checkListView();
+    const KRUInteger last = list.numberOfItems() - 1;
+    const QPointF pressed = pressHandleOfRow(last);
+    ASSERT_TRUE(list.isDragging());
+
+    dragToViewportY(pressed.x(), -30.0);
+    runFrames(6);
+
+    const double expected =
+        KRTodoDefaults::autoScrollMaximumSpeed() * 6 * KRTodoDefaults::autoScrollInterval();
+    EXPECT_NEAR(start - scrollBar().value(), expected, 1.0);
+    EXPECT_EQ(list.draggingSession()->mouseLocation().y, -30.0 + scrollBar().value());
+}
+
+TEST_F(KRTodoWindowAutoScrollTests, NoScrollingAwayFromTheEdgesAndNoneAfterTheDrop) {
+    const QPointF pressed = pressHandleOfRow(1);
+    dragToViewportY(pressed.x(), viewportHeight() / 2.0);
+    runFrames(10);
+    EXPECT_EQ(scrollBar().value(), 0);
+    EXPECT_FALSE(window.isAutoScrollScheduled());
+
+    const QPointF nearBottom(pressed.x(), viewportHeight() - 5.0);
+    dragToViewportY(nearBottom.x(), nearBottom.y());
+    runFrames(3);
+    const int scrolled = scrollBar().value();
+    EXPECT_GT(scrolled, 0);
+    sendAtViewportPoint(QEvent::MouseButtonRelease, nearBottom, Qt::LeftButton, Qt::NoButton);
+    EXPECT_FALSE(window.checkListView().isDragging());
+    runFrames(10);
+    EXPECT_EQ(scrollBar().value(), scrolled);
+    EXPECT_FALSE(window.isAutoScrollScheduled());
 }

@@ -477,6 +477,8 @@ void KRButtonView::mouseDown(const KREvent& event) {
         return;
     }
     m_trackingMouse = true;
+    // What the delegate does may take the button out of its tree (a row rebuilt); it lives to the end here.
+    const std::shared_ptr<KRView> keepAlive = sharedFromSuperview();
     if (KRButtonViewDelegate* delegate = this->delegate();
         delegate && delegate->buttonViewMouseDown(this, event)) {
         m_delegateConsumedClick = true;
@@ -489,6 +491,7 @@ void KRButtonView::mouseDragged(const KREvent& event) {
     if (!m_trackingMouse) {
         return;
     }
+    const std::shared_ptr<KRView> keepAlive = sharedFromSuperview();
     KRButtonViewDelegate* delegate = this->delegate();
     if (delegate && delegate->buttonViewMouseDragged(this, event)) {
         return;
@@ -506,6 +509,7 @@ void KRButtonView::mouseUp(const KREvent& event) {
     m_trackingMouse = false;
     const bool consumedClick = m_delegateConsumedClick;
     m_delegateConsumedClick = false;
+    const std::shared_ptr<KRView> keepAlive = sharedFromSuperview();
     KRButtonViewDelegate* delegate = this->delegate();
     const bool consumedUp = delegate && delegate->buttonViewMouseUp(this, event);
     if (consumedClick) {

@@ -467,6 +467,33 @@ void KRHostWidget::frameTimerFired() {
 
 // --- Input ------------------------------------------------------------------------------------------------
 
+bool KRHostWidget::event(QEvent* event) {
+    switch (event->type()) {
+    case QEvent::FocusOut:
+    case QEvent::WindowDeactivate:
+    case QEvent::Hide:
+        endHeldPresses();
+        break;
+    default:
+        break;
+    }
+    return QWidget::event(event);
+}
+
+void KRHostWidget::endHeldPresses() {
+    const Qt::MouseButtons held = m_buttonsDown;
+    m_buttonsDown = Qt::NoButton;
+    const KRPoint location = KRFromQPointF(m_lastMousePosition);
+    if (held & Qt::LeftButton) {
+        dispatch(KREvent::mouseEvent(KREventType::LeftMouseUp, location, KREvent::currentModifierFlags(),
+                                     m_window.get(), m_clickCount, KRClock::now()));
+    }
+    if (held & Qt::RightButton) {
+        dispatch(KREvent::mouseEvent(KREventType::RightMouseUp, location, KREvent::currentModifierFlags(),
+                                     m_window.get(), m_clickCount, KRClock::now()));
+    }
+}
+
 void KRHostWidget::noteInput(Qt::KeyboardModifiers modifiers, QPointF widgetPosition) {
     KREvent::setCurrentModifierFlags(modifierFlagsFromQt(modifiers));
     KREvent::setMouseLocation(KRFromQPointF(mapToGlobal(widgetPosition)));
@@ -484,8 +511,16 @@ void KRHostWidget::dispatch(const KREvent& event) {
 }
 
 void KRHostWidget::handleMouseDown(QMouseEvent* event, bool doubleClick) {
+    // Another press while one is held: the held one lost its release (or the user pressed a second
+    // button). Qt follows the second press of a double click with a double-click event of the same button,
+    // which continues that press rather than ending it.
+    if (m_buttonsDown != Qt::NoButton &&
+        !(doubleClick && m_buttonsDown == Qt::MouseButtons(event->button()))) {
+        endHeldPresses();
+    }
     const QPointF position = event->position();
     noteInput(event->modifiers(), position);
+    m_lastMousePosition = position;
     KREventType type;
     if (event->button() == Qt::LeftButton) {
         type = KREventType::LeftMouseDown;
@@ -529,12 +564,20 @@ void KRHostWidget::mouseDoubleClickEvent(QMouseEvent* event) {
 void KRHostWidget::mouseMoveEvent(QMouseEvent* event) {
     const QPointF position = event->position();
     noteInput(event->modifiers(), position);
+    // A held button that is up by now was released where we did not see it: the press ends here.
+    if (m_buttonsDown & ~event->buttons()) {
+        m_lastMousePosition = position;
+        endHeldPresses();
+    }
+    m_lastMousePosition = position;
     KREventType type = KREventType::MouseMoved;
     int count = 0;
-    if (event->buttons() & Qt::LeftButton) {
+    // Only a press we saw begin is dragged; a press that was ended early moves the pointer only.
+    const Qt::MouseButtons buttons = event->buttons() & m_buttonsDown;
+    if (buttons & Qt::LeftButton) {
         type = KREventType::LeftMouseDragged;
         count = m_clickCount;
-    } else if (event->buttons() & Qt::RightButton) {
+    } else if (buttons & Qt::RightButton) {
         type = KREventType::RightMouseDragged;
         count = m_clickCount;
     }
@@ -555,8 +598,13 @@ void KRHostWidget::mouseReleaseEvent(QMouseEvent* event) {
         event->ignore();
         return;
     }
-    m_buttonsDown &= ~Qt::MouseButtons(event->button());
+    m_lastMousePosition = position;
     event->accept();
+    // The press already ended (its release was made up when it was lost).
+    if (!(m_buttonsDown & event->button())) {
+        return;
+    }
+    m_buttonsDown &= ~Qt::MouseButtons(event->button());
     dispatch(KREvent::mouseEvent(type, KRFromQPointF(position), modifierFlagsFromQt(event->modifiers()),
                                  m_window.get(), m_clickCount, KRClock::now()));
 }

@@ -47,6 +47,8 @@ public:
     QVariant inputMethodQuery(Qt::InputMethodQuery query) const override;
 
 protected:
+    // Losing the focus, the window's activation or the widget's visibility ends the presses still held.
+    bool event(QEvent* event) override;
     void paintEvent(QPaintEvent* event) override;
     void resizeEvent(QResizeEvent* event) override;
     void mousePressEvent(QMouseEvent* event) override;
@@ -63,6 +65,9 @@ protected:
 
 private:
     void handleMouseDown(QMouseEvent* event, bool doubleClick);
+    // A press whose release will never reach us (the window lost the focus, another press came first)
+    // ends with a release where the pointer was last, so that whatever the press began finishes.
+    void endHeldPresses();
     void handleKey(QKeyEvent* event, bool down);
     void dispatch(const KREvent& event);
     void noteInput(Qt::KeyboardModifiers modifiers, QPointF widgetPosition);
@@ -84,4 +89,6 @@ private:
     double m_lastDownTime = -1.0;
     int m_clickCount = 0;
     Qt::MouseButtons m_buttonsDown;
+    // Where the last mouse event put the pointer (widget coordinates).
+    QPointF m_lastMousePosition;
 };

@@ -172,6 +172,74 @@ TEST_F(KRHostWidgetTests, ClickFarFromTheLastOneStartsOver) {
     EXPECT_EQ(view->events[2].clickCount, 1);
 }
 
+TEST_F(KRHostWidgetTests, APressWhoseReleaseIsLostEndsWhereThePointerWasLastWhenTheHostLosesItsInput) {
+    const QEvent::Type losses[] = {QEvent::FocusOut, QEvent::WindowDeactivate, QEvent::Hide};
+    for (const QEvent::Type loss : losses) {
+        view->events.clear();
+        sendMouse(QEvent::MouseButtonPress, QPointF(20, 30), Qt::LeftButton, Qt::LeftButton);
+        sendMouse(QEvent::MouseMove, QPointF(140, 95), Qt::NoButton, Qt::LeftButton);
+        if (loss == QEvent::FocusOut) {
+            QFocusEvent event(QEvent::FocusOut, Qt::ActiveWindowFocusReason);
+            QCoreApplication::sendEvent(host.get(), &event);
+        } else {
+            QEvent event(loss);
+            QCoreApplication::sendEvent(host.get(), &event);
+        }
+        ASSERT_EQ(view->events.size(), 3u) << loss;
+        EXPECT_EQ(view->events[2].type, KREventType::LeftMouseUp) << loss;
+        EXPECT_EQ(view->events[2].location, KRPointMake(130, 85)) << loss;
+
+        // The release Qt delivers late, and the moves after it, find no press.
+        sendMouse(QEvent::MouseMove, QPointF(150, 95), Qt::NoButton, Qt::LeftButton);
+        sendMouse(QEvent::MouseButtonRelease, QPointF(150, 95), Qt::LeftButton, Qt::NoButton);
+        EXPECT_EQ(view->events.size(), 3u) << loss;
+    }
+}
+
+TEST_F(KRHostWidgetTests, LosingTheFocusWithNoButtonHeldSendsNoRelease) {
+    sendMouse(QEvent::MouseButtonPress, QPointF(20, 30), Qt::LeftButton, Qt::LeftButton);
+    sendMouse(QEvent::MouseButtonRelease, QPointF(20, 30), Qt::LeftButton, Qt::NoButton);
+    QFocusEvent event(QEvent::FocusOut, Qt::ActiveWindowFocusReason);
+    QCoreApplication::sendEvent(host.get(), &event);
+    EXPECT_EQ(view->events.size(), 2u);
+}
+
+TEST_F(KRHostWidgetTests, PressingAnotherButtonEndsTheHeldPressFirst) {
+    sendMouse(QEvent::MouseButtonPress, QPointF(20, 30), Qt::LeftButton, Qt::LeftButton);
+    sendMouse(QEvent::MouseMove, QPointF(30, 40), Qt::NoButton, Qt::LeftButton);
+    sendMouse(QEvent::MouseButtonPress, QPointF(30, 40), Qt::RightButton, Qt::LeftButton | Qt::RightButton);
+    ASSERT_EQ(view->events.size(), 4u);
+    EXPECT_EQ(view->events[2].type, KREventType::LeftMouseUp);
+    EXPECT_EQ(view->events[2].location, KRPointMake(20, 30));
+    EXPECT_EQ(view->events[3].type, KREventType::RightMouseDown);
+    // The left release that follows belongs to no press any more.
+    sendMouse(QEvent::MouseButtonRelease, QPointF(30, 40), Qt::LeftButton, Qt::RightButton);
+    sendMouse(QEvent::MouseButtonRelease, QPointF(30, 40), Qt::RightButton, Qt::NoButton);
+    ASSERT_EQ(view->events.size(), 5u);
+    EXPECT_EQ(view->events[4].type, KREventType::RightMouseUp);
+}
+
+TEST_F(KRHostWidgetTests, AMoveWithTheHeldButtonUpEndsThePressThere) {
+    sendMouse(QEvent::MouseButtonPress, QPointF(20, 30), Qt::LeftButton, Qt::LeftButton);
+    sendMouse(QEvent::MouseMove, QPointF(60, 50), Qt::NoButton, Qt::NoButton);
+    ASSERT_EQ(view->events.size(), 2u);
+    EXPECT_EQ(view->events[1].type, KREventType::LeftMouseUp);
+    EXPECT_EQ(view->events[1].location, KRPointMake(50, 40));
+}
+
+TEST_F(KRHostWidgetTests, TheDoubleClickEventContinuesThePressItFollows) {
+    sendMouse(QEvent::MouseButtonPress, QPointF(20, 30), Qt::LeftButton, Qt::LeftButton);
+    sendMouse(QEvent::MouseButtonRelease, QPointF(20, 30), Qt::LeftButton, Qt::NoButton);
+    // Some platforms deliver the second press and then a double click of the same button.
+    sendMouse(QEvent::MouseButtonPress, QPointF(20, 30), Qt::LeftButton, Qt::LeftButton);
+    sendMouse(QEvent::MouseButtonDblClick, QPointF(20, 30), Qt::LeftButton, Qt::LeftButton);
+    sendMouse(QEvent::MouseButtonRelease, QPointF(20, 30), Qt::LeftButton, Qt::NoButton);
+    ASSERT_EQ(view->events.size(), 5u);
+    EXPECT_EQ(view->events[2].type, KREventType::LeftMouseDown);
+    EXPECT_EQ(view->events[3].type, KREventType::LeftMouseDown);
+    EXPECT_EQ(view->events[4].type, KREventType::LeftMouseUp);
+}
+
 TEST_F(KRHostWidgetTests, InputKeepsTheCurrentModifiersAndPointerLocation) {
     sendMouse(QEvent::MouseButtonPress, QPointF(25, 35), Qt::LeftButton, Qt::LeftButton,
               Qt::ShiftModifier | Qt::AltModifier);

@@ -1,0 +1,7 @@
+#include "KRCheckListDraggingSession.h"
+
+#include "KRCheckListItemView.h"
+
+KRCheckListDraggingSession::KRCheckListDraggingSession() = default;
+
+KRCheckListDraggingSession::~KRCheckListDraggingSession() = default;
