@@ -90,6 +90,65 @@ qint64 statusOfJSONValue(const QJsonValue& value) {
     return status < 0 ? KRCheckListNoStatus : status;
 }
 
+// Compact JSON written straight into bytes, as QJsonDocument would write the same records but without
+// building a document of every copied item first: strings escaped as JSON asks, text kept as UTF-8.
+void appendJSONString(QByteArray& json, const QString& string) {
+    static const char hexDigits[] = "0123456789abcdef";
+    json += '"';
+    const QByteArray utf8 = string.toUtf8();
+    const char* bytes = utf8.constData();
+    const qsizetype length = utf8.size();
+    // Runs of bytes that need no escape go in whole.
+    qsizetype runStart = 0;
+    for (qsizetype index = 0; index < length; ++index) {
+        const unsigned char byte = static_cast<unsigned char>(bytes[index]);
+        if (byte >= 0x20 && byte != '"' && byte != '\\') {
+            continue;
+        }
+        json.append(bytes + runStart, index - runStart);
+        runStart = index + 1;
+        switch (byte) {
+        case '"':
+            json += "\\\"";
+            break;
+        case '\\':
+            json += "\\\\";
+            break;
+        case '\b':
+            json += "\\b";
+            break;
+        case '\f':
+            json += "\\f";
+            break;
+        case '\n':
+            json += "\\n";
+            break;
+        case '\r':
+            json += "\\r";
+            break;
+        case '\t':
+            json += "\\t";
+            break;
+        default:
+            json += "\\u00";
+            json += hexDigits[byte >> 4];
+            json += hexDigits[byte & 0xf];
+        }
+    }
+    json.append(bytes + runStart, length - runStart);
+    json += '"';
+}
+
+// Any other JSON value (identifiers are strings in practice) as the document writer writes it.
+void appendJSONValue(QByteArray& json, const QJsonValue& value) {
+    if (value.isString()) {
+        appendJSONString(json, value.toString());
+        return;
+    }
+    const QByteArray array = QJsonDocument(QJsonArray{value}).toJson(QJsonDocument::Compact);
+    json += QByteArrayView(array).sliced(1, array.size() - 2);
+}
+
 // The indexes of indexes that name an item: a selection may still hold indexes of items a client removed.
 KRIndexSet indexesOfItems(const KRIndexSet& indexes, KRUInteger numberOfItems) {
     return indexes.indexSetByIntersectingIndexes(KRIndexSet(KRRange{0, numberOfItems}));
@@ -100,25 +159,55 @@ KRIndexSet indexesOfItems(const KRIndexSet& indexes, KRUInteger numberOfItems) {
 // Representations
 // ------------------------------------------------------------------------------------------------------
 
+// The keys in the order a JSON object keeps them, so the bytes are the ones QJsonDocument would write.
 QByteArray KRCheckListView::checkListViewJSONRepresentationOfItemsAtIndexes(const KRIndexSet& indexes) const {
-    QJsonArray records;
+    // About what a one-line item takes, so that the bytes are seldom moved while they grow.
+    constexpr qsizetype typicalRecordSize = 128;
+    QByteArray json;
+    json.reserve(static_cast<qsizetype>(indexes.count()) * typicalRecordSize);
+    json += '[';
+    bool first = true;
     for (const KRUInteger index : indexesOfItems(indexes, numberOfItems())) {
         const KRCheckListItemView* itemView = checkListViewItemViewForItemAtIndex(index);
         const QJsonValue identifier = itemView->itemIdentifier();
-        QJsonObject record;
+        json += first ? "{" : ",{";
+        first = false;
+        appendJSONString(json, frameKey());
+        json += ':';
+        appendJSONString(json, KRStringFromRect(itemView->frame()));
+        json += ',';
+        appendJSONString(json, identifierKey());
+        json += ':';
         // A row without an identifier still gets the key, as null.
-        record.insert(identifierKey(), identifier.isUndefined() ? QJsonValue(QJsonValue::Null) : identifier);
-        record.insert(statusKey(), jsonStatus(itemView->status()));
-        record.insert(titleKey(), itemView->title());
-        record.insert(frameKey(), KRStringFromRect(itemView->frame()));
-        record.insert(indexKey(), static_cast<qint64>(index));
-        records.append(record);
+        appendJSONValue(json, identifier.isUndefined() ? QJsonValue(QJsonValue::Null) : identifier);
+        json += ',';
+        appendJSONString(json, indexKey());
+        json += ':';
+        json += QByteArray::number(static_cast<qint64>(index));
+        json += ',';
+        appendJSONString(json, statusKey());
+        json += ':';
+        const QJsonValue status = jsonStatus(itemView->status());
+        if (status.isDouble() && status.toInteger(KRCheckListNoStatus) >= 0) {
+            json += QByteArray::number(status.toInteger());
+        } else {
+            appendJSONValue(json, status);
+        }
+        json += ',';
+        appendJSONString(json, titleKey());
+        json += ':';
+        appendJSONString(json, itemView->title());
+        json += '}';
     }
-    return QJsonDocument(records).toJson(QJsonDocument::Compact);
+    json += ']';
+    return json;
 }
 
 QString KRCheckListView::checkListViewStringRepresentationOfItemsAtIndexes(const KRIndexSet& indexes) const {
+    // About what a one-line item takes.
+    constexpr qsizetype typicalLineLength = 40;
     QString string;
+    string.reserve(static_cast<qsizetype>(indexes.count()) * typicalLineLength);
     for (const KRUInteger index : indexesOfItems(indexes, numberOfItems())) {
         const KRCheckListItemView* itemView = checkListViewItemViewForItemAtIndex(index);
         // Canceled items are marked as completed ones: the text has one marker for both.

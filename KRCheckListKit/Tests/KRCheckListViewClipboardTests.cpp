@@ -20,6 +20,7 @@
 
 #include <gtest/gtest.h>
 
+#include <limits>
 #include <memory>
 #include <random>
 #include <string>
@@ -327,6 +328,62 @@ TEST_F(KRCheckListViewClipboardTests, TheJSONFormIsACompactArrayOfRecordsReadFro
                                       thirdFrame +
                                       "\",\"identifier\":\"i2\",\"index\":2,"
                                       "\"status\":1,\"title\":\"Bread\"}]");
+}
+
+// The records written straight as bytes are the ones a JSON document of the same records writes: every
+// character a title can hold, escaped or not, and statuses small and large.
+TEST_F(KRCheckListViewClipboardTests, TheJSONFormHasTheBytesAJSONDocumentWritesForTheSameRecords) {
+    std::mt19937 random(20261125);
+    // Whole code points: a lone surrogate has no UTF-8 form, and either writer gives it as "?".
+    QStringList alphabet = {QStringLiteral("a"),         QStringLiteral("Z"),      QStringLiteral("0"),
+                            QStringLiteral(" "),         QStringLiteral("\""),     QStringLiteral("\\"),
+                            QStringLiteral("/"),         QStringLiteral("\b"),     QStringLiteral("\f"),
+                            QStringLiteral("\n"),        QStringLiteral("\r"),     QStringLiteral("\t"),
+                            QStringLiteral("\u0001"),    QStringLiteral("\u001f"), QStringLiteral("\u007f"),
+                            QStringLiteral("\u00e9"),    QStringLiteral("\u05d0"), QStringLiteral("\u4e2d"),
+                            QStringLiteral("\U0001F389")};
+    alphabet << QString(QChar(0x0000));
+    QStringList titles;
+    std::vector<KRUInteger> statuses;
+    const std::vector<KRUInteger> someStatuses = {0, 1, 2, 7, 9007199254740993ull, KRUIntegerMax};
+    for (int item = 0; item < 200; ++item) {
+        QString title;
+        const int length = static_cast<int>(random() % 12);
+        for (int character = 0; character < length; ++character) {
+            title += alphabet.at(static_cast<qsizetype>(random() % static_cast<unsigned>(alphabet.size())));
+        }
+        titles << title;
+        statuses.push_back(someStatuses[random() % someStatuses.size()]);
+    }
+    showTitles(titles, statuses);
+    rowAt(3)->setFrame(KRRectMake(0.5, 28.25, 320.125, 28));
+
+    QJsonArray records;
+    for (KRUInteger index = 0; index < list->numberOfItems(); ++index) {
+        const KRCheckListItemView& row = *rowAt(index);
+        QJsonObject record;
+        record.insert(QStringLiteral("identifier"), row.itemIdentifier());
+        record.insert(QStringLiteral("status"),
+                      row.status() <= static_cast<KRUInteger>(std::numeric_limits<qint64>::max())
+                          ? QJsonValue(static_cast<qint64>(row.status()))
+                          : QJsonValue(static_cast<double>(row.status())));
+        record.insert(QStringLiteral("title"), row.title());
+        record.insert(QStringLiteral("frame"), KRStringFromRect(row.frame()));
+        record.insert(QStringLiteral("index"), static_cast<qint64>(index));
+        records.append(record);
+    }
+    const QByteArray written =
+        list->checkListViewJSONRepresentationOfItemsAtIndexes(KRIndexSet(KRRange{0, list->numberOfItems()}));
+    const QByteArray expected = QJsonDocument(records).toJson(QJsonDocument::Compact);
+    qsizetype firstDifference = 0;
+    while (firstDifference < std::min(written.size(), expected.size()) &&
+           written.at(firstDifference) == expected.at(firstDifference)) {
+        ++firstDifference;
+    }
+    EXPECT_EQ(written.mid(firstDifference, 40).toStdString(), expected.mid(firstDifference, 40).toStdString())
+        << "first difference at byte " << firstDifference;
+    QJsonParseError error;
+    EXPECT_EQ(QJsonDocument::fromJson(written, &error).array(), records) << error.errorString().toStdString();
 }
 
 TEST_F(KRCheckListViewClipboardTests, TheJSONFormWritesFramesWithFractionsAsDecimals) {
