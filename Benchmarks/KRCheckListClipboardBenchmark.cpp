@@ -11,6 +11,7 @@
 #include "Foundation/KRRunLoop.h"
 #include "KRCheckListView.h"
 #include "Platform/KRPasteboard.h"
+#include "Support/KRBenchmarkEditedItems.h"
 #include "Support/KRBenchmarkTitles.h"
 #include "Support/KRRatioReporter.h"
 #include "Text/KRTextView.h"
@@ -32,69 +33,9 @@ constexpr double kListWidth = 400.0;
 constexpr int kListHeight = 600;
 constexpr int kCopiedItems = 10000;
 
-// Items in memory that change when the list asks and report each change back.
-class BenchmarkItems : public KRCheckListViewDataSource {
-public:
-    struct Item {
-        QJsonValue identifier;
-        KRUInteger status = 0;
-        QString title;
-    };
-
-    void setTitles(const std::vector<QString>& titles) {
-        m_items.clear();
-        for (const QString& title : titles) {
-            m_items.push_back(Item{QJsonValue(m_nextIdentifier++), 0, title});
-        }
-    }
-
-    KRUInteger checkListViewNumberOfItems(KRCheckListView*) override { return m_items.size(); }
-    QJsonValue checkListViewIdentifierForItemAtIndex(KRCheckListView*, KRUInteger index) override {
-        return m_items[index].identifier;
-    }
-    KRUInteger checkListViewStatusForItemAtIndex(KRCheckListView*, KRUInteger index) override {
-        return m_items[index].status;
-    }
-    QString checkListViewTitleForItemAtIndex(KRCheckListView*, KRUInteger index) override {
-        return m_items[index].title;
-    }
-    KRUInteger checkListViewValidateChangedStatusForItemAtIndex(KRCheckListView*, KRUInteger status,
-                                                                KRUInteger index) override {
-        m_items[index].status = status;
-        return status;
-    }
-    QString checkListViewValidateChangedTitleForItemAtIndex(KRCheckListView*, const QString& title,
-                                                            KRUInteger index) override {
-        m_items[index].title = title;
-        return title;
-    }
-    void checkListViewInsertItemsAtIndexes(KRCheckListView* list, const KRIndexSet& indexes) override {
-        for (const KRUInteger index : indexes) {
-            m_items.insert(m_items.begin() + static_cast<std::ptrdiff_t>(index),
-                           Item{QJsonValue(m_nextIdentifier++), 0, QString()});
-        }
-        list->beginUpdates();
-        list->updateByInsertingItemsAtIndexes(indexes);
-        list->endUpdates();
-    }
-    void checkListViewRemoveItemsAtIndexes(KRCheckListView* list, const KRIndexSet& indexes) override {
-        const std::vector<KRUInteger> removed = indexes.indexes();
-        for (auto index = removed.rbegin(); index != removed.rend(); ++index) {
-            m_items.erase(m_items.begin() + static_cast<std::ptrdiff_t>(*index));
-        }
-        list->beginUpdates();
-        list->updateByRemovingItemsAtIndexes(indexes);
-        list->endUpdates();
-    }
-    void checkListViewMoveItemsAtIndexesToIndex(KRCheckListView*, const KRIndexSet&, KRUInteger) override {}
-
-private:
-    std::vector<Item> m_items;
-    qint64 m_nextIdentifier = 1;
-};
-
 struct OurList {
-    std::shared_ptr<BenchmarkItems> items = std::make_shared<BenchmarkItems>();
+    std::shared_ptr<KRBenchmarkEditedItems> items =
+        std::make_shared<KRBenchmarkEditedItems>(std::vector<QString>());
     std::shared_ptr<KRCheckListView> view =
         std::make_shared<KRCheckListView>(KRRectMake(0.0, 0.0, kListWidth, kListHeight));
     std::unique_ptr<KRWindow> window = std::make_unique<KRWindow>();

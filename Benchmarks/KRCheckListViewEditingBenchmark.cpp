@@ -12,6 +12,7 @@
 // so a key that silently does nothing fails the benchmark instead of timing nothing.
 #include "Foundation/KRRunLoop.h"
 #include "KRCheckListView.h"
+#include "Support/KRBenchmarkEditedItems.h"
 #include "Support/KRBenchmarkTitles.h"
 #include "Support/KRRatioReporter.h"
 #include "Text/KRTextView.h"
@@ -31,73 +32,9 @@ namespace {
 constexpr double kListWidth = 400.0;
 constexpr double kListHeight = 600.0;
 
-// The list's items in memory. Insertions and removals the list asks for change the items and are reported
-// back in an update transaction, as a real data source does; titles typed are kept.
-class EditedItems : public KRCheckListViewDataSource {
-public:
-    struct Item {
-        QJsonValue identifier;
-        KRUInteger status = 0;
-        QString title;
-    };
-
-    explicit EditedItems(const std::vector<QString>& titles) {
-        for (const QString& title : titles) {
-            m_items.push_back(makeItem(title));
-        }
-    }
-
-    const std::vector<Item>& items() const { return m_items; }
-
-    KRUInteger checkListViewNumberOfItems(KRCheckListView*) override { return m_items.size(); }
-    QJsonValue checkListViewIdentifierForItemAtIndex(KRCheckListView*, KRUInteger index) override {
-        return m_items[index].identifier;
-    }
-    KRUInteger checkListViewStatusForItemAtIndex(KRCheckListView*, KRUInteger index) override {
-        return m_items[index].status;
-    }
-    QString checkListViewTitleForItemAtIndex(KRCheckListView*, KRUInteger index) override {
-        return m_items[index].title;
-    }
-    KRUInteger checkListViewValidateChangedStatusForItemAtIndex(KRCheckListView*, KRUInteger status,
-                                                                KRUInteger index) override {
-        m_items[index].status = status;
-        return status;
-    }
-    QString checkListViewValidateChangedTitleForItemAtIndex(KRCheckListView*, const QString& title,
-                                                            KRUInteger index) override {
-        m_items[index].title = title;
-        return title;
-    }
-    void checkListViewInsertItemsAtIndexes(KRCheckListView* list, const KRIndexSet& indexes) override {
-        for (const KRUInteger index : indexes) {
-            m_items.insert(m_items.begin() + static_cast<std::ptrdiff_t>(index), makeItem(QString()));
-        }
-        list->beginUpdates();
-        list->updateByInsertingItemsAtIndexes(indexes);
-        list->endUpdates();
-    }
-    void checkListViewRemoveItemsAtIndexes(KRCheckListView* list, const KRIndexSet& indexes) override {
-        const std::vector<KRUInteger> positions = indexes.indexes();
-        for (auto position = positions.rbegin(); position != positions.rend(); ++position) {
-            m_items.erase(m_items.begin() + static_cast<std::ptrdiff_t>(*position));
-        }
-        list->beginUpdates();
-        list->updateByRemovingItemsAtIndexes(indexes);
-        list->endUpdates();
-    }
-    void checkListViewMoveItemsAtIndexesToIndex(KRCheckListView*, const KRIndexSet&, KRUInteger) override {}
-
-private:
-    Item makeItem(const QString& title) { return Item{QJsonValue(m_nextIdentifier++), 0, title}; }
-
-    std::vector<Item> m_items;
-    qint64 m_nextIdentifier = 1;
-};
-
 // A list of the given titles in a window, laid out, with the middle item edited at the caret's range.
 struct EditedList {
-    std::shared_ptr<EditedItems> items;
+    std::shared_ptr<KRBenchmarkEditedItems> items;
     std::shared_ptr<KRCheckListView> view;
     std::unique_ptr<KRWindow> window;
     KRUInteger editedIndex = 0;
@@ -112,7 +49,7 @@ EditedList makeEditedList(std::vector<QString> titles, const QString& editedTitl
     KRTextView::installTextSystem();
     const KRUInteger middle = titles.size() / 2;
     titles[middle] = editedTitle;
-    EditedList list{std::make_shared<EditedItems>(titles),
+    EditedList list{std::make_shared<KRBenchmarkEditedItems>(titles),
                     std::make_shared<KRCheckListView>(KRRectMake(0.0, 0.0, kListWidth, kListHeight)),
                     std::make_unique<KRWindow>(), middle};
     list.window->setContentView(list.view);

@@ -13,13 +13,11 @@ Every title and status is read from the dumps the apps write as they quit.
 Exits 77 (skipped) only when Xvfb, xdotool or xclip is missing.
 """
 
-import argparse
 import os
-import shutil
 import subprocess
 import sys
 
-from krtodo_keyboard_session import (SKIPPED, SessionError, keys, start_x_server, type_text, wait_until,
+from krtodo_keyboard_session import (SessionError, keys, run_main, start_x_server, type_text, wait_until,
                                      xdotool)
 
 SAMPLE = [
@@ -153,26 +151,7 @@ def run_session(app_path, out_dir):
 
 
 def main():
-    parser = argparse.ArgumentParser(description=__doc__)
-    parser.add_argument("--app", required=True, help="the KRTodo executable")
-    parser.add_argument("--out", required=True, help="where the dumps and the log go")
-    arguments = parser.parse_args()
-
-    missing = [tool for tool in ("Xvfb", "xdotool", "xclip") if not shutil.which(tool)]
-    if missing:
-        print("skipped: missing " + ", ".join(missing))
-        return SKIPPED
-    try:
-        run_session(arguments.app, arguments.out)
-    except (SessionError, subprocess.TimeoutExpired, subprocess.CalledProcessError, OSError) as error:
-        print(f"FAILED: {error}")
-        log_path = os.path.join(arguments.out, "clipboard-session.log")
-        if os.path.exists(log_path):
-            with open(log_path, encoding="utf-8", errors="replace") as log:
-                print(log.read()[-4000:])
-        return 1
-    print("passed")
-    return 0
+    return run_main(__doc__, run_session, "clipboard-session.log", ("Xvfb", "xdotool", "xclip"))
 
 
 if __name__ == "__main__":

@@ -258,27 +258,32 @@ def run_session(app, out_dir):
         log.close()
 
 
-def main():
-    parser = argparse.ArgumentParser(description=__doc__)
+def run_main(description, run_session, log_name, tools=("Xvfb", "xdotool")):
+    """The command line of a session: --app and --out; exits 77 when a tool is missing, 1 on a failure."""
+    parser = argparse.ArgumentParser(description=description)
     parser.add_argument("--app", required=True, help="the KRTodo executable")
-    parser.add_argument("--out", required=True, help="where the dump, the screenshot and the log go")
+    parser.add_argument("--out", required=True, help="where the dumps, the screenshot and the log go")
     arguments = parser.parse_args()
 
-    missing = [tool for tool in ("Xvfb", "xdotool") if not shutil.which(tool)]
+    missing = [tool for tool in tools if not shutil.which(tool)]
     if missing:
         print("skipped: missing " + ", ".join(missing))
         return SKIPPED
     try:
         run_session(arguments.app, arguments.out)
-    except (SessionError, subprocess.TimeoutExpired, OSError) as error:
+    except (SessionError, subprocess.TimeoutExpired, subprocess.CalledProcessError, OSError) as error:
         print(f"FAILED: {error}")
-        log_path = os.path.join(arguments.out, "session.log")
+        log_path = os.path.join(arguments.out, log_name)
         if os.path.exists(log_path):
             with open(log_path, encoding="utf-8", errors="replace") as log:
                 print(log.read()[-4000:])
         return 1
     print("passed")
     return 0
+
+
+def main():
+    return run_main(__doc__, run_session, "session.log")
 
 
 if __name__ == "__main__":
