@@ -421,9 +421,11 @@ void paintSubtree(QPainter& painter, const KRView& view, KRRect dirtyRect) {
     const double shadowOpacity = view.presentationShadowOpacity();
     const KRRect ownArea = outset(scaledFrame(frame, scale), shadowExtent(view, shadowOpacity));
     const bool selfVisible = KRRectIntersectsRect(ownArea, dirtyRect);
-    // Subviews of a view that does not clip may lie outside it, so only a clipping or childless view is
-    // culled as a whole.
-    if (!selfVisible && (view.masksToBounds() || view.subviews().empty())) {
+    // Subviews of a view that does not clip may lie outside it: such a view is culled as a whole only when
+    // nothing of its subtree reaches into the dirty rect, which costs a walk of its geometry but spares the
+    // painter's work for each of its subviews (a long list paints only the rows in view).
+    if (!selfVisible && (view.masksToBounds() || view.subviews().empty() ||
+                         !KRRectIntersectsRect(subtreeBounds(view), dirtyRect))) {
         return;
     }
     if (alpha < 1.0 && needsLayer(view, shadowOpacity) &&
