@@ -17,7 +17,7 @@ import os
 import subprocess
 import sys
 
-from krtodo_keyboard_session import (SessionError, keys, run_main, start_x_server, type_text, wait_until,
+from krtodo_keyboard_session import (SessionError, XSession, keys, run_main, type_text, wait_until,
                                      xdotool)
 
 SAMPLE = [
@@ -78,10 +78,6 @@ class App:
         with open(self.dump_path, encoding="utf-8") as dump:
             return [tuple(line.split("\t", 1)) for line in dump.read().splitlines()]
 
-    def kill(self):
-        if self.process.poll() is None:
-            self.process.kill()
-            self.process.wait()
 
 
 def put_text_on_clipboard(env, text):
@@ -101,28 +97,19 @@ def expect_items(name, items, expected):
 
 
 def run_session(app_path, out_dir):
-    os.makedirs(out_dir, exist_ok=True)
-    log = open(os.path.join(out_dir, "clipboard-session.log"), "w")
-    server = None
-    apps = []
-    try:
-        server, display = start_x_server(log)
-        env = dict(os.environ)
-        env["DISPLAY"] = display
-        env["QT_QPA_PLATFORM"] = "xcb"
-        env.pop("WAYLAND_DISPLAY", None)
-        if env.get("ASAN_OPTIONS"):
-            env["ASAN_OPTIONS"] += ":strict_string_checks=0"
+    with XSession(out_dir, "clipboard-session.log") as session:
+        env = session.env
+        log = session.log
 
         # Items with their statuses, from one KRTodo to another.
         source = App(app_path, env, log, os.path.join(out_dir, "KRTodo-copied-from.txt"))
-        apps.append(source)
+        session.apps.append(source)
         source.focus()
         # The first Select All takes the edited title, the second every item.
         keys(env, "ctrl+a", "ctrl+a")
         keys(env, "ctrl+c")
         target = App(app_path, env, log, os.path.join(out_dir, "KRTodo-pasted-into.txt"), "--empty")
-        apps.append(target)
+        session.apps.append(target)
         target.focus()
         keys(env, "ctrl+v")
         expect_items("pasted from another KRTodo", target.quit_and_read_items(), SAMPLE)
@@ -130,7 +117,7 @@ def run_session(app_path, out_dir):
 
         # Text from another program, then a single line typed into an edited title.
         text_target = App(app_path, env, log, os.path.join(out_dir, "KRTodo-pasted-text.txt"), "--empty")
-        apps.append(text_target)
+        session.apps.append(text_target)
         put_text_on_clipboard(env, "- Water the plants\n  +  Pay the rent\nBook a dentist appointment\n")
         text_target.focus()
         # The last pasted item is edited; Item > Insert Below adds one after it.
@@ -141,14 +128,6 @@ def run_session(app_path, out_dir):
         text_target.focus()
         keys(env, "ctrl+v")
         expect_items("pasted text", text_target.quit_and_read_items(), FROM_TEXT)
-    finally:
-        for app in apps:
-            app.kill()
-        if server:
-            server.terminate()
-            server.wait()
-        log.close()
-
 
 def main():
     return run_main(__doc__, run_session, "clipboard-session.log", ("Xvfb", "xdotool", "xclip"))

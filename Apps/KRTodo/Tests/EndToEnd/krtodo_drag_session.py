@@ -15,11 +15,10 @@ Exits 77 (skipped) only when Xvfb, xdotool or xwd is missing.
 """
 
 import os
-import subprocess
 import sys
 
 from krtodo_clipboard_session import App
-from krtodo_keyboard_session import (SessionError, capture_window, decode_xwd, keys, run_main, start_x_server,
+from krtodo_keyboard_session import (SessionError, XSession, capture_window, decode_xwd, keys, run_main,
                                      type_text, wait_until, write_png, xdotool)
 
 # Where a row's handle is, from the row's top right corner: the handle is 20 points wide and 16 high, 2 from
@@ -98,22 +97,13 @@ def titles(items):
 
 
 def run_session(app_path, out_dir):
-    os.makedirs(out_dir, exist_ok=True)
-    log = open(os.path.join(out_dir, "drag-session.log"), "w")
-    server = None
-    apps = []
-    try:
-        server, display = start_x_server(log)
-        env = dict(os.environ)
-        env["DISPLAY"] = display
-        env["QT_QPA_PLATFORM"] = "xcb"
-        env.pop("WAYLAND_DISPLAY", None)
-        if env.get("ASAN_OPTIONS"):
-            env["ASAN_OPTIONS"] += ":strict_string_checks=0"
+    with XSession(out_dir, "drag-session.log") as session:
+        env = session.env
+        log = session.log
 
         # One row, then two selected rows, down the list.
         app = App(app_path, env, log, os.path.join(out_dir, "KRTodo-dragged.txt"), "--empty")
-        apps.append(app)
+        session.apps.append(app)
         app.focus()
         keys(env, "ctrl+n")
         for index, title in enumerate(["one", "two", "three", "four", "five"]):
@@ -138,7 +128,7 @@ def run_session(app_path, out_dir):
 
         # A list longer than its window: the first item held at the bottom edge goes all the way down.
         long_list = App(app_path, env, log, os.path.join(out_dir, "KRTodo-dragged-to-the-end.txt"))
-        apps.append(long_list)
+        session.apps.append(long_list)
         xdotool(env, "windowsize", "--sync", long_list.window, "480", "220")
         long_list.focus()
         # The first item edited, then selected: where its handle is.
@@ -151,14 +141,6 @@ def run_session(app_path, out_dir):
         print("dragged to the end:", titles(items))
         if not items or titles(items)[-1] != "Renew passport" or len(items) != 12:
             raise SessionError(f"expected the first item last of 12; got {titles(items)}")
-    finally:
-        for app in apps:
-            app.kill()
-        if server:
-            server.terminate()
-            server.wait()
-        log.close()
-
 
 def main():
     return run_main(__doc__, run_session, "drag-session.log", ("Xvfb", "xdotool", "xwd"))

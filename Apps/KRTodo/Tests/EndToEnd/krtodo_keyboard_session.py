@@ -70,6 +70,45 @@ def start_x_server(log):
     return server, ":" + number.decode().strip()
 
 
+def app_environment(display):
+    """The environment of programs on the session's display."""
+    env = dict(os.environ)
+    env["DISPLAY"] = display
+    env["QT_QPA_PLATFORM"] = "xcb"
+    env.pop("WAYLAND_DISPLAY", None)
+    # Under AddressSanitizer: libxkbcommon-x11 hands strndup buffers that end without a NUL, which the
+    # strict string checks report as overflows inside the system library before the window exists.
+    if env.get("ASAN_OPTIONS"):
+        env["ASAN_OPTIONS"] += ":strict_string_checks=0"
+    return env
+
+
+class XSession:
+    """An X server of its own and the apps started on it; leaving it ends them all."""
+
+    def __init__(self, out_dir, log_name):
+        os.makedirs(out_dir, exist_ok=True)
+        self.log = open(os.path.join(out_dir, log_name), "w")
+        self.apps = []
+        self.server = None
+        self.env = None
+
+    def __enter__(self):
+        self.server, display = start_x_server(self.log)
+        self.env = app_environment(display)
+        return self
+
+    def __exit__(self, *exception):
+        for app in self.apps:
+            if app.process.poll() is None:
+                app.process.kill()
+                app.process.wait()
+        self.server.terminate()
+        self.server.wait()
+        self.log.close()
+        return False
+
+
 def xdotool(env, *arguments, timeout=DEADLINE_SECONDS):
     result = subprocess.run(["xdotool", *arguments], env=env, capture_output=True, text=True,
                             timeout=timeout)
@@ -186,15 +225,7 @@ def run_session(app, out_dir):
                 if attempt == 2:
                     raise
                 continue
-            env = dict(os.environ)
-            env["DISPLAY"] = display
-            env["QT_QPA_PLATFORM"] = "xcb"
-            env.pop("WAYLAND_DISPLAY", None)
-            # Under AddressSanitizer: libxkbcommon-x11 hands strndup buffers that end without a NUL, which
-            # the strict string checks report as overflows inside the system library before the window
-            # exists.
-            if env.get("ASAN_OPTIONS"):
-                env["ASAN_OPTIONS"] += ":strict_string_checks=0"
+            env = app_environment(display)
             app_process = subprocess.Popen([app, "--empty", "--dump-file", dump_path], env=env,
                                            stdout=log, stderr=log)
             try:
