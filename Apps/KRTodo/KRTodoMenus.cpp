@@ -44,11 +44,11 @@ KRTodoMenus::KRTodoMenus(QMainWindow& window, KRHostWidget& hostWidget, KRCheckL
     addAction(*m_itemMenu, Command::InsertAbove, QStringLiteral("Insert &Above"));
     addAction(*m_itemMenu, Command::InsertBelow, QStringLiteral("Insert &Below"));
     addAction(*m_itemMenu, Command::InsertAtTop, QStringLiteral("Insert at &Top"));
-    addAction(*m_itemMenu, Command::InsertAtBottom, QStringLiteral("Insert at Bo&ttom"));
+    addAction(*m_itemMenu, Command::InsertAtBottom, QStringLiteral("Insert at B&ottom"));
     m_itemMenu->addSeparator();
     addAction(*m_itemMenu, Command::MoveUp, QStringLiteral("Move &Up"));
     addAction(*m_itemMenu, Command::MoveDown, QStringLiteral("Move &Down"));
-    addAction(*m_itemMenu, Command::MoveToTop, QStringLiteral("Move to T&op"));
+    addAction(*m_itemMenu, Command::MoveToTop, QStringLiteral("Move to To&p"));
     addAction(*m_itemMenu, Command::MoveToBottom, QStringLiteral("Move to Botto&m"));
     m_itemMenu->addSeparator();
     addAction(*m_itemMenu, Command::ToggleCompleted, QStringLiteral("Toggle &Completed"));
@@ -67,6 +67,9 @@ KRTodoMenus::KRTodoMenus(QMainWindow& window, KRHostWidget& hostWidget, KRCheckL
     setMenuKeys(Command::SelectAll, QKeySequence::keyBindings(QKeySequence::SelectAll));
     setMenuKeys(Command::InsertBelow, {QKeySequence(Qt::CTRL | Qt::Key_N)});
     setMenuKeys(Command::InsertAbove, {QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_N)});
+    // As Insert Below and Above, all the way.
+    setMenuKeys(Command::InsertAtBottom, {QKeySequence(Qt::CTRL | Qt::ALT | Qt::Key_N)});
+    setMenuKeys(Command::InsertAtTop, {QKeySequence(Qt::CTRL | Qt::ALT | Qt::SHIFT | Qt::Key_N)});
     setMenuKeys(Command::ToggleCompleted, {QKeySequence(Qt::CTRL | Qt::Key_D)});
     setMenuKeys(Command::ToggleCanceled, {QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_D)});
     // Keys the list answers itself (deleteForward:, moveToBeginningOfDocument: and so on): shown, not taken.

@@ -16,6 +16,7 @@
 #include <QApplication>
 #include <QMenu>
 #include <QMenuBar>
+#include <QSet>
 #include <QTest>
 
 #include <gtest/gtest.h>
@@ -213,6 +214,10 @@ TEST_F(KRTodoMenusTests, LiveItemKeysAreKeysTheListLeavesUnbound) {
         {Command::InsertBelow, KRKeyCode::N, QLatin1Char('n'), KREventModifierFlagCommand},
         {Command::InsertAbove, KRKeyCode::N, QLatin1Char('N'),
          KREventModifierFlagCommand | KREventModifierFlagShift},
+        {Command::InsertAtBottom, KRKeyCode::N, QLatin1Char('n'),
+         KREventModifierFlagCommand | KREventModifierFlagOption},
+        {Command::InsertAtTop, KRKeyCode::N, QLatin1Char('N'),
+         KREventModifierFlagCommand | KREventModifierFlagOption | KREventModifierFlagShift},
         {Command::ToggleCompleted, KRKeyCode::D, QLatin1Char('d'), KREventModifierFlagCommand},
         {Command::ToggleCanceled, KRKeyCode::D, QLatin1Char('D'),
          KREventModifierFlagCommand | KREventModifierFlagShift},
@@ -232,8 +237,42 @@ TEST_F(KRTodoMenusTests, LiveItemKeysAreKeysTheListLeavesUnbound) {
         EXPECT_EQ(action(command).shortcutContext(), Qt::WidgetShortcut);
         EXPECT_FALSE(action(command).shortcut().isEmpty());
     }
-    EXPECT_TRUE(action(Command::InsertAtTop).shortcuts().isEmpty());
-    EXPECT_TRUE(action(Command::InsertAtBottom).shortcuts().isEmpty());
+}
+
+// Alt and a letter open a menu or choose an item in it, so no two entries of one menu may share one.
+TEST_F(KRTodoMenusTests, EveryMenuEntryHasAMnemonicOfItsOwn) {
+    const QList<QAction*> bar = window->menuBar()->actions();
+    std::vector<QList<QAction*>> menusAndBar = {bar};
+    for (const QAction* menu : bar) {
+        menusAndBar.push_back(menu->menu()->actions());
+    }
+    for (const QList<QAction*>& entries : menusAndBar) {
+        QSet<QChar> mnemonics;
+        for (const QAction* entry : entries) {
+            if (entry->isSeparator()) {
+                continue;
+            }
+            const QString text = entry->text();
+            const qsizetype ampersand = text.indexOf(QLatin1Char('&'));
+            ASSERT_TRUE(ampersand >= 0 && ampersand + 1 < text.size()) << text.toStdString() << " has none";
+            const QChar mnemonic = text.at(ampersand + 1).toLower();
+            EXPECT_FALSE(mnemonics.contains(mnemonic))
+                << text.toStdString() << " repeats '" << QString(mnemonic).toStdString() << "'";
+            mnemonics.insert(mnemonic);
+        }
+    }
+}
+
+TEST_F(KRTodoMenusTests, InsertAtTopAndBottomKeysInsertAndEdit) {
+    edit(2, KRRange{0, 0});
+    press(Qt::Key_N, Qt::ControlModifier | Qt::AltModifier);
+    EXPECT_EQ(store->count(), 6u);
+    EXPECT_EQ(list().indexForEditedItem(), 5u);
+    type(QStringLiteral("last"));
+    press(Qt::Key_N, Qt::ControlModifier | Qt::AltModifier | Qt::ShiftModifier);
+    EXPECT_EQ(list().indexForEditedItem(), 0u);
+    type(QStringLiteral("first"));
+    EXPECT_EQ(storeTitles(), (QStringList{"first", "alpha", "bravo", "charlie", "delta", "echo", "last"}));
 }
 
 TEST_F(KRTodoMenusTests, ItemMenuEnablingFollowsTheListsPredicates) {
