@@ -403,12 +403,18 @@ bool KRTodoStore::checkListViewTextViewDoCommandBySelector(KRCheckListView*, KRT
 }
 
 void KRTodoStore::checkListViewDidCancelEditing(KRCheckListView* checkListView) {
-    const KRUInteger index = indexOfIdentifier(m_itemEndedByCommand);
+    KRUInteger index = indexOfIdentifier(m_itemEndedByCommand);
     m_itemEndedByCommand.clear();
-    // An empty item an Insert command made goes away instead (on the next turn).
-    if (index == KRNotFound ||
-        (m_items[index].identifier == m_itemInsertedByCommand && m_items[index].title.isEmpty())) {
+    if (index == KRNotFound) {
         return;
+    }
+    // An empty item an Insert command made goes away on the next turn: its neighbour is selected instead,
+    // the one above it where there is one.
+    if (m_items[index].identifier == m_itemInsertedByCommand && m_items[index].title.isEmpty()) {
+        if (m_items.size() < 2) {
+            return;
+        }
+        index = index > 0 ? index - 1 : index + 1;
     }
     checkListView->selectItemAtIndexByExtendingSelection(index, false);
 }

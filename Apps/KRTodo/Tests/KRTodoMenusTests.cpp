@@ -549,6 +549,19 @@ TEST_F(KRTodoMenusTests, InsertBelowThenEscapeLeavesNoEmptyItemBehind) {
     EXPECT_EQ(storeTitles(), (QStringList{"alpha", "bravo", "charlie", "delta", "echo"}));
     EXPECT_EQ(list().numberOfItems(), 5u);
     EXPECT_FALSE(store->hasItemInsertedByCommand());
+    // The item it was inserted below is selected, so the keys go on from there.
+    EXPECT_EQ(list().indexesForSelectedItems(), KRIndexSet(1));
+    press(Qt::Key_Down);
+    EXPECT_EQ(list().indexForEditedItem(), 2u);
+}
+
+TEST_F(KRTodoMenusTests, InsertAtTopThenEscapeSelectsTheItemBelowIt) {
+    edit(3, KRRange{0, 0});
+    press(Qt::Key_N, Qt::ControlModifier | Qt::AltModifier | Qt::ShiftModifier);
+    ASSERT_EQ(list().indexForEditedItem(), 0u);
+    press(Qt::Key_Escape);
+    EXPECT_EQ(storeTitles(), (QStringList{"alpha", "bravo", "charlie", "delta", "echo"}));
+    EXPECT_EQ(list().indexesForSelectedItems(), KRIndexSet(0));
 }
 
 TEST_F(KRTodoMenusTests, InsertedItemLeftEmptyByAClickElsewhereIsRemoved) {

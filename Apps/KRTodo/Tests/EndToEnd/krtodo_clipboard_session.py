@@ -84,8 +84,9 @@ def put_text_on_clipboard(env, text):
     """xclip owns the clipboard (it stays in the background until another program takes it)."""
     subprocess.run(["xclip", "-selection", "clipboard", "-i"], input=text.encode(), env=env, check=True,
                    timeout=30)
-    wait_until(lambda: subprocess.run(["xclip", "-selection", "clipboard", "-o"], env=env, capture_output=True,
-                                      timeout=30).stdout == text.encode(), "the text on the clipboard")
+    wait_until(lambda: subprocess.run(["xclip", "-selection", "clipboard", "-o"], env=env,
+                                      capture_output=True, timeout=30).stdout == text.encode(),
+               "the text on the clipboard")
 
 
 def expect_items(name, items, expected):
@@ -98,26 +99,26 @@ def expect_items(name, items, expected):
 
 def run_session(app_path, out_dir):
     with XSession(out_dir, "clipboard-session.log") as session:
-        env = session.env
         log = session.log
 
         # Items with their statuses, from one KRTodo to another.
-        source = App(app_path, env, log, os.path.join(out_dir, "KRTodo-copied-from.txt"))
-        session.apps.append(source)
+        source = session.launch(
+            lambda env: App(app_path, env, log, os.path.join(out_dir, "KRTodo-copied-from.txt")))
+        env = session.env
         source.focus()
         # The first Select All takes the edited title, the second every item.
         keys(env, "ctrl+a", "ctrl+a")
         keys(env, "ctrl+c")
-        target = App(app_path, env, log, os.path.join(out_dir, "KRTodo-pasted-into.txt"), "--empty")
-        session.apps.append(target)
+        target = session.launch(
+            lambda env: App(app_path, env, log, os.path.join(out_dir, "KRTodo-pasted-into.txt"), "--empty"))
         target.focus()
         keys(env, "ctrl+v")
         expect_items("pasted from another KRTodo", target.quit_and_read_items(), SAMPLE)
         expect_items("copied from", source.quit_and_read_items(), SAMPLE)
 
         # Text from another program, then a single line typed into an edited title.
-        text_target = App(app_path, env, log, os.path.join(out_dir, "KRTodo-pasted-text.txt"), "--empty")
-        session.apps.append(text_target)
+        text_target = session.launch(
+            lambda env: App(app_path, env, log, os.path.join(out_dir, "KRTodo-pasted-text.txt"), "--empty"))
         put_text_on_clipboard(env, "- Water the plants\n  +  Pay the rent\nBook a dentist appointment\n")
         text_target.focus()
         # The last pasted item is edited; Item > Insert Below adds one after it.

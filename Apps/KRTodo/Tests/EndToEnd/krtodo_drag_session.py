@@ -98,12 +98,12 @@ def titles(items):
 
 def run_session(app_path, out_dir):
     with XSession(out_dir, "drag-session.log") as session:
-        env = session.env
         log = session.log
 
         # One row, then two selected rows, down the list.
-        app = App(app_path, env, log, os.path.join(out_dir, "KRTodo-dragged.txt"), "--empty")
-        session.apps.append(app)
+        app = session.launch(
+            lambda env: App(app_path, env, log, os.path.join(out_dir, "KRTodo-dragged.txt"), "--empty"))
+        env = session.env
         app.focus()
         keys(env, "ctrl+n")
         for index, title in enumerate(["one", "two", "three", "four", "five"]):
@@ -127,8 +127,8 @@ def run_session(app_path, out_dir):
             raise SessionError(f"expected four, one, two, three, five; got {titles(dragged)}")
 
         # A list longer than its window: the first item held at the bottom edge goes all the way down.
-        long_list = App(app_path, env, log, os.path.join(out_dir, "KRTodo-dragged-to-the-end.txt"))
-        session.apps.append(long_list)
+        long_list = session.launch(
+            lambda env: App(app_path, env, log, os.path.join(out_dir, "KRTodo-dragged-to-the-end.txt")))
         xdotool(env, "windowsize", "--sync", long_list.window, "480", "220")
         long_list.focus()
         # The first item edited, then selected: where its handle is.

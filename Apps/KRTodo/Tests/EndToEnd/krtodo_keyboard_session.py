@@ -53,7 +53,8 @@ def start_x_server(log):
     """Starts Xvfb on a display it picks itself and answers (process, display) once it accepts clients."""
     read_end, write_end = os.pipe()
     server = subprocess.Popen(
-        ["Xvfb", "-displayfd", str(write_end), "-screen", "0", "800x700x24", "-nolisten", "tcp"],
+        # -noreset: a server resets when its last client leaves, and an app connecting meanwhile fails.
+        ["Xvfb", "-displayfd", str(write_end), "-screen", "0", "800x700x24", "-nolisten", "tcp", "-noreset"],
         pass_fds=(write_end,), stdout=log, stderr=log)
     os.close(write_end)
     number = b""
@@ -98,6 +99,25 @@ class XSession:
         self.env = app_environment(display)
         return self
 
+    def launch(self, make_app):
+        """make_app(env) started on the session's display. Servers starting and stopping at the same
+        moment can race for a display, so an app that ends before its window shows, when it is the
+        session's first, is tried again on a new server."""
+        for attempt in range(3):
+            try:
+                app = make_app(self.env)
+                self.apps.append(app)
+                return app
+            except SessionError:
+                if self.apps or attempt == 2:
+                    raise
+                print("KRTodo could not start on this display; trying another")
+                self.server.terminate()
+                self.server.wait()
+                self.server, display = start_x_server(self.log)
+                self.env = app_environment(display)
+        raise SessionError("KRTodo could not start")
+
     def __exit__(self, *exception):
         for app in self.apps:
             if app.process.poll() is None:
@@ -121,8 +141,11 @@ def keys(env, *names):
     xdotool(env, "key", "--clearmodifiers", *names)
 
 
-def type_text(env, text):
-    xdotool(env, "type", "--clearmodifiers", text)
+def type_text(env, text, delay_ms=None):
+    # Characters missing from the keyboard map are typed by remapping a spare key for each; a longer delay
+    # lets the app see each new mapping before the key that uses it.
+    delay = ["--delay", str(delay_ms)] if delay_ms is not None else []
+    xdotool(env, "type", "--clearmodifiers", *delay, text)
 
 
 # Capture ---------------------------------------------------------------------------------------------------
