@@ -394,8 +394,10 @@ void KRCheckListView::paste() {
     }
     // Every index to remove lies before the pasted block, which moves up as one.
     removeItemsAtIndexes(indexesToRemove);
-    // The replaced selection is gone; none of its indexes may outlive it.
-    if (!m_indexesForSelectedItems.isEmpty()) {
+    // A data source that did not set the selection again leaves its numbers; none may point past the rows
+    // until the edit of the next turn deselects them.
+    const KRUInteger lastSelected = m_indexesForSelectedItems.lastIndex();
+    if (lastSelected != KRNotFound && lastSelected >= numberOfItems()) {
         deselectAllItems();
     }
     checkListViewEndGrouping(this);

@@ -649,17 +649,18 @@ TEST_F(KRCheckListViewClipboardTests, PastingCopiedItemsOverASelectionSendsEvery
                             "didChangeSizeThatFits",
                             "didEndUpdates",
                             "didRemoveItemsAtIndexes {7}",
-                            "willSelectItemsAtIndexes {}",
-                            "didSelectItemsAtIndexes {}",
                             "endGrouping"};
     EXPECT_EQ(linesOf(log->messages()), linesOf(expected));
     EXPECT_EQ(list->indexForEditedItem(), KRNotFound) << "editing waits for the next turn";
-    EXPECT_TRUE(list->indexesForSelectedItems().isEmpty());
+    EXPECT_EQ(list->indexesForSelectedItems(), KRIndexSet{7})
+        << "this data source leaves the selection to it";
 
     log->clear();
     KRRunLoop::main().runOneTurn();
     EXPECT_EQ(linesOf(log->messages()),
-              linesOf(QStringList{"willBeginEditingItemAtIndex 8", "didBeginEditingItemAtIndex 8"}));
+              linesOf(QStringList{"willSelectItemsAtIndexes {}", "didSelectItemsAtIndexes {}",
+                                  "willBeginEditingItemAtIndex 8", "didBeginEditingItemAtIndex 8"}));
+    EXPECT_TRUE(list->indexesForSelectedItems().isEmpty()) << "beginning to edit deselects";
     EXPECT_EQ(list->indexForEditedItem(), 8u) << "the last pasted item";
     EXPECT_EQ(selectionInTitleAtIndex(8), "{6, 0}") << "the caret at the end of its title";
     EXPECT_EQ(linesOf(storedTitles()),
@@ -1020,9 +1021,24 @@ TEST_F(KRCheckListViewClipboardTests, PasteWithAWhollyStaleSelectionAppendsAndCl
     EXPECT_EQ(linesOf(log->startingWith({"insertItemsAtIndexes", "removeItemsAtIndexes"})),
               linesOf(QStringList{"insertItemsAtIndexes {2}", "insertItemsAtIndexes {3}",
                                   "insertItemsAtIndexes {4}", "removeItemsAtIndexes {}"}));
-    EXPECT_TRUE(list->indexesForSelectedItems().isEmpty())
-        << "index 3 names a pasted item now, which is not selected";
+    EXPECT_LT(list->indexesForSelectedItems().lastIndex(), list->numberOfItems())
+        << "no selected number points past the rows";
+    KRRunLoop::main().runOneTurn();
+    EXPECT_TRUE(list->indexesForSelectedItems().isEmpty()) << "editing the last pasted item deselects";
+    EXPECT_EQ(list->indexForEditedItem(), 4u);
     EXPECT_EQ(indexesOf(selectedRows()), indexesOf(KRIndexSet()));
+}
+
+TEST_F(KRCheckListViewClipboardTests, PasteOverEveryItemWithFewerLinesLeavesNoSelectedNumberPastTheRows) {
+    showNumberedItems(5);
+    selectItems(KRIndexSet(KRRange{0, 5}));
+    putText(QStringLiteral("Tea\nCoffee"));
+    log->clear();
+    list->paste();
+    EXPECT_EQ(linesOf(rowTitles()), linesOf(QStringList{"Tea", "Coffee"}));
+    EXPECT_TRUE(list->indexesForSelectedItems().isEmpty());
+    KRRunLoop::main().runOneTurn();
+    EXPECT_EQ(list->indexForEditedItem(), 1u);
 }
 
 // Hostile data under the private type: whatever cannot be read whole is passed over for the text, and
