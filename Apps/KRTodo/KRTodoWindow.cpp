@@ -15,10 +15,13 @@
 #include <QCoreApplication>
 #include <QEvent>
 #include <QKeyEvent>
+#include <QLabel>
 #include <QMouseEvent>
 #include <QPointer>
 #include <QScrollArea>
 #include <QScrollBar>
+#include <QToolButton>
+#include <QVBoxLayout>
 
 #include <algorithm>
 #include <cmath>
@@ -46,6 +49,7 @@ KRTodoWindow::KRTodoWindow(std::shared_ptr<KRTodoStore> store, QWidget* parent)
     m_menus->setInsertedItemHandler([this](KRUInteger index) { m_store->noteItemInsertedByCommand(index); });
     resize(kInitialWindowWidth, kInitialWindowHeight);
     m_checkListView->reloadItems();
+    setUpEmptyHint();
 }
 
 KRTodoWindow::~KRTodoWindow() {
@@ -92,8 +96,47 @@ void KRTodoWindow::scheduleHeightUpdate() {
     });
 }
 
+// Empty checklist
+// -------------------------------------------------------------------------------------------------------
+
+void KRTodoWindow::setUpEmptyHint() {
+    m_emptyHint = new QWidget(m_scrollArea->viewport());
+    auto* layout = new QVBoxLayout(m_emptyHint);
+    auto* text = new QLabel(QStringLiteral("No items yet.\nPress Ctrl+N, or click +, to add one."));
+    text->setAlignment(Qt::AlignCenter);
+    m_addButton = new QToolButton;
+    m_addButton->setText(QStringLiteral("+"));
+    m_addButton->setToolTip(QStringLiteral("Add an item"));
+    m_addButton->setAccessibleName(QStringLiteral("Add Item"));
+    m_addButton->setFocusPolicy(Qt::NoFocus);
+    layout->addWidget(text);
+    layout->addWidget(m_addButton, 0, Qt::AlignHCenter);
+    QObject::connect(m_addButton, &QToolButton::clicked, this, [this] { addItemFromButton(); });
+    updateEmptyHint();
+}
+
+// Shown while the list has no items, in the middle of the viewport.
+void KRTodoWindow::updateEmptyHint() {
+    const bool empty = m_checkListView->numberOfItems() == 0;
+    if (empty) {
+        m_emptyHint->adjustSize();
+        const QSize room = m_scrollArea->viewport()->size();
+        m_emptyHint->move((room.width() - m_emptyHint->width()) / 2,
+                          (room.height() - m_emptyHint->height()) / 2);
+    }
+    m_emptyHint->setVisible(empty);
+}
+
+void KRTodoWindow::addItemFromButton() {
+    if (m_menus->perform(KRTodoMenus::Command::InsertAtBottom)) {
+        m_hostWidget->setFocus();
+        scheduleCaretReveal();
+    }
+}
+
 void KRTodoWindow::updateHeight() {
     m_heightUpdateScheduled = false;
+    updateEmptyHint();
     // A zero size asks for the fitting size of the last layout pass without laying out again.
     const KRSize fitting = m_checkListView->sizeThatFits(KRSizeZero);
     m_hostWidget->setMinimumHeight(static_cast<int>(std::ceil(fitting.height)));
@@ -116,6 +159,9 @@ bool KRTodoWindow::eventFilter(QObject* watched, QEvent* event) {
         break;
     case QEvent::MouseButtonPress:
         endEditingForPressBelowRows(*static_cast<QMouseEvent*>(event));
+        break;
+    case QEvent::Resize:
+        updateEmptyHint();
         break;
     case QEvent::MouseButtonDblClick:
         if (insertItemForDoubleClickBelowRows(*static_cast<QMouseEvent*>(event))) {

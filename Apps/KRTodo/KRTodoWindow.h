@@ -14,6 +14,7 @@ class KRTodoStore;
 class QKeyEvent;
 class QMouseEvent;
 class QScrollArea;
+class QToolButton;
 
 // KRTodo's main window: the store's checklist in a scroll area. The list is as wide as the scroll area's
 // viewport and as tall as its rows; it scrolls when it is taller than the window, keeps the caret in view
@@ -29,6 +30,9 @@ public:
     KRHostWidget& hostWidget() const { return *m_hostWidget; }
     QScrollArea& scrollArea() const { return *m_scrollArea; }
     KRTodoMenus& menus() const { return *m_menus; }
+    // Shown over an empty checklist: what to press, and a button that adds an item to type into.
+    QWidget& emptyHint() const { return *m_emptyHint; }
+    QToolButton& addButton() const { return *m_addButton; }
 
     // The caret of the edited title in the host widget's coordinates; null when nothing is edited.
     QRect caretRectInHostWidget() const;
@@ -56,6 +60,9 @@ private:
     void scheduleHeightUpdate();
     void updateHeight();
     void revealCaret();
+    void setUpEmptyHint();
+    void updateEmptyHint();
+    void addItemFromButton();
     bool scrollByPageForKey(const QKeyEvent& event);
     bool isBelowRows(const QMouseEvent& event) const;
     void endEditingForPressBelowRows(const QMouseEvent& event);
@@ -70,6 +77,8 @@ private:
     QScrollArea* m_scrollArea = nullptr;
     // Declared after the list it works on, so it goes first.
     std::unique_ptr<KRTodoMenus> m_menus;
+    QWidget* m_emptyHint = nullptr;
+    QToolButton* m_addButton = nullptr;
     bool m_heightUpdateScheduled = false;
     bool m_caretRevealScheduled = false;
     // The pointer of the running drag (screen coordinates), and the auto-scroll steps: when the last one

@@ -11,11 +11,13 @@
 #include "Platform/KRHostWidget.h"
 
 #include <QCoreApplication>
+#include <QDir>
 #include <QKeyEvent>
 #include <QMouseEvent>
 #include <QScrollArea>
 #include <QScrollBar>
 #include <QTest>
+#include <QToolButton>
 
 #include <gtest/gtest.h>
 
@@ -400,4 +402,59 @@ TEST_F(KRTodoWindowAutoScrollTests, NoScrollingAwayFromTheEdgesAndNoneAfterTheDr
     runFrames(10);
     EXPECT_EQ(scrollBar().value(), scrolled);
     EXPECT_FALSE(window.isAutoScrollScheduled());
+}
+
+// An empty checklist
+// -------------------------------------------------------------------------------------------------------
+
+namespace {
+
+class KRTodoEmptyWindowTests : public ::testing::Test {
+protected:
+    void SetUp() override {
+        window.setAttribute(Qt::WA_DontShowOnScreen);
+        window.show();
+        window.settle();
+    }
+    void TearDown() override { KRRunLoop::main().cancelAll(); }
+
+    std::shared_ptr<KRTodoStore> store = std::make_shared<KRTodoStore>();
+    KRTodoWindow window{store};
+};
+
+} // namespace
+
+TEST_F(KRTodoEmptyWindowTests, AnEmptyChecklistShowsWhatToPressAndAnAddButton) {
+    EXPECT_TRUE(window.emptyHint().isVisible());
+    EXPECT_TRUE(window.addButton().isVisible());
+    const QRect hint = window.emptyHint().geometry();
+    const QRect viewport = window.scrollArea().viewport()->rect();
+    EXPECT_TRUE(viewport.contains(hint));
+    EXPECT_LE(std::abs(hint.center().x() - viewport.center().x()), 1);
+    // A look at it: build/out/KRTodo-empty.png.
+    QDir().mkpath(QStringLiteral("out"));
+    EXPECT_TRUE(window.grab().save(QStringLiteral("out/KRTodo-empty.png")));
+}
+
+TEST_F(KRTodoEmptyWindowTests, TheAddButtonAddsAnItemToTypeIntoAndTheHintGoes) {
+    QTest::mouseClick(&window.addButton(), Qt::LeftButton);
+    window.settle();
+    ASSERT_EQ(store->count(), 1u);
+    EXPECT_EQ(window.checkListView().indexForEditedItem(), 0u);
+    EXPECT_FALSE(window.emptyHint().isVisible());
+    for (const QChar character : QStringLiteral("Milk")) {
+        QKeyEvent press(QEvent::KeyPress, 0, Qt::NoModifier, QString(character));
+        QCoreApplication::sendEvent(&window.hostWidget(), &press);
+    }
+    window.settle();
+    EXPECT_EQ(store->items()[0].title, QStringLiteral("Milk"));
+}
+
+TEST_F(KRTodoEmptyWindowTests, TheHintComesBackWhenTheLastItemGoes) {
+    window.checkListView().insertItemAtIndex(0);
+    window.settle();
+    EXPECT_FALSE(window.emptyHint().isVisible());
+    window.checkListView().removeItemAtIndex(0);
+    window.settle();
+    EXPECT_TRUE(window.emptyHint().isVisible());
 }
