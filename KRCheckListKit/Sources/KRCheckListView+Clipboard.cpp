@@ -2,8 +2,8 @@
 // item's status (KRCheckListItemsAsJSONPasteboardType) and plain text for other applications; paste
 // prefers the records and inserts the items after the selection or the edited item.
 #include "KRCheckListView.h"
+#include "KRCheckListViewAssert.h"
 
-#include "Foundation/KRAssertionHandler.h"
 #include "Foundation/KRRunLoop.h"
 #include "Geometry/KRGeometry.h"
 #include "Platform/KRPasteboard.h"
@@ -16,10 +16,6 @@
 #include <memory>
 #include <utility>
 #include <vector>
-
-#define KR_CHECKLIST_VIEW_ASSERT(condition, method, message)                                                 \
-    KRAssert((condition), QStringLiteral(method), this, QStringLiteral("KRCheckListView"), __LINE__,         \
-             QStringLiteral(message))
 
 namespace {
 

@@ -3,6 +3,7 @@
 // gap; the dragging layout, the elastic damping beyond the list's edges, and the drop placeholder that fades
 // in where the rows will land.
 #include "KRCheckListView.h"
+#include "KRCheckListViewAssert.h"
 
 #include "KRCheckListDefaults.h"
 #include "KRCheckListDraggingSession.h"
@@ -11,14 +12,9 @@
 
 #include "Animation/EZInterpolationFunctions.h"
 #include "Animation/KRAnimationDurationMultiplier.h"
-#include "Foundation/KRAssertionHandler.h"
 
 #include <algorithm>
 #include <cmath>
-
-#define KR_CHECKLIST_VIEW_ASSERT(condition, method, message)                                                 \
-    KRAssert((condition), QStringLiteral(method), this, QStringLiteral("KRCheckListView"), __LINE__,         \
-             QStringLiteral(message))
 
 namespace {
 

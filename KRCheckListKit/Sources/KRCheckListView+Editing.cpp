@@ -1,20 +1,16 @@
 // KRCheckListView: editing a title in place through the list's field editor, where the caret goes, the
 // list's focus, and the placeholder rule.
 #include "KRCheckListView.h"
+#include "KRCheckListViewAssert.h"
 
 #include "KRCheckListDefaults.h"
 
-#include "Foundation/KRAssertionHandler.h"
 #include "Foundation/KRRunLoop.h"
 #include "Views/KRWindow.h"
 
 #include <algorithm>
 #include <cmath>
 #include <stdexcept>
-
-#define KR_CHECKLIST_VIEW_ASSERT(condition, method, message)                                                 \
-    KRAssert((condition), QStringLiteral(method), this, QStringLiteral("KRCheckListView"), __LINE__,         \
-             QStringLiteral(message))
 
 // Beginning and ending an edit
 // ------------------------------------------------------------------------------------------------------

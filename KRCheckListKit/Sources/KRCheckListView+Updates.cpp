@@ -6,19 +6,15 @@
 // new rows. The new rows are built first (that is when the data source is asked); the collections are then
 // changed in one step that calls out to nobody, so they need not be copied whole for every update.
 #include "KRCheckListView.h"
+#include "KRCheckListViewAssert.h"
 
 #include "Animation/KRAnimationTransaction.h"
-#include "Foundation/KRAssertionHandler.h"
 
 #include <algorithm>
 #include <iterator>
 #include <limits>
 #include <stdexcept>
 #include <vector>
-
-#define KR_CHECKLIST_VIEW_ASSERT(condition, method, message)                                                 \
-    KRAssert((condition), QStringLiteral(method), this, QStringLiteral("KRCheckListView"), __LINE__,         \
-             QStringLiteral(message))
 
 // Reload
 // ------------------------------------------------------------------------------------------------------
