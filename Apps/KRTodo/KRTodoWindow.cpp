@@ -14,6 +14,7 @@
 
 #include <QCoreApplication>
 #include <QEvent>
+#include <QFocusEvent>
 #include <QKeyEvent>
 #include <QLabel>
 #include <QMouseEvent>
@@ -77,6 +78,8 @@ void KRTodoWindow::setUpScrollArea() {
     m_scrollArea->setFrameShape(QFrame::NoFrame);
     m_scrollArea->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     m_scrollArea->setWidgetResizable(true);
+    // The list inside takes the focus; the frame around it is no stop of its own for Tab.
+    m_scrollArea->setFocusPolicy(Qt::NoFocus);
     m_scrollArea->setWidget(m_hostWidget);
     setCentralWidget(m_scrollArea);
     m_hostWidget->setFocus();
@@ -108,7 +111,8 @@ void KRTodoWindow::setUpEmptyHint() {
     m_addButton->setText(QStringLiteral("+"));
     m_addButton->setToolTip(QStringLiteral("Add an item"));
     m_addButton->setAccessibleName(QStringLiteral("Add Item"));
-    m_addButton->setFocusPolicy(Qt::NoFocus);
+    // Reached with Tab from the list, but a click leaves the focus in the list it adds to.
+    m_addButton->setFocusPolicy(Qt::TabFocus);
     layout->addWidget(text);
     layout->addWidget(m_addButton, 0, Qt::AlignHCenter);
     QObject::connect(m_addButton, &QToolButton::clicked, this, [this] { addItemFromButton(); });
@@ -154,6 +158,11 @@ bool KRTodoWindow::eventFilter(QObject* watched, QEvent* event) {
         if (scrollByPageForKey(*static_cast<QKeyEvent*>(event))) {
             return true;
         }
+        if (const int key = static_cast<QKeyEvent*>(event)->key();
+            key == Qt::Key_Tab || key == Qt::Key_Backtab) {
+            // When the focus goes round to the list again, the item that was edited is the one selected.
+            selectItemAfterFocusMove(m_checkListView->indexForEditedItem());
+        }
         // Typing and moving between rows move the caret, and may add rows that the host has yet to grow for.
         scheduleCaretReveal();
         break;
@@ -163,6 +172,16 @@ bool KRTodoWindow::eventFilter(QObject* watched, QEvent* event) {
     case QEvent::Resize:
         updateEmptyHint();
         break;
+    case QEvent::FocusIn: {
+        const Qt::FocusReason reason = static_cast<QFocusEvent*>(event)->reason();
+        if (reason == Qt::TabFocusReason || reason == Qt::BacktabFocusReason) {
+            // Tabbing in from another control hands the keys to the list, which edits as it always does
+            // when made first responder; if it had them already, an item is selected instead.
+            m_hostWidget->krWindow().makeFirstResponder(m_checkListView.get());
+            selectItemAfterFocusMove(reason == Qt::TabFocusReason ? 0 : m_checkListView->numberOfItems() - 1);
+        }
+        break;
+    }
     case QEvent::MouseButtonDblClick:
         if (insertItemForDoubleClickBelowRows(*static_cast<QMouseEvent*>(event))) {
             return true;
@@ -180,6 +199,21 @@ bool KRTodoWindow::eventFilter(QObject* watched, QEvent* event) {
         break;
     }
     return QMainWindow::eventFilter(watched, event);
+}
+
+void KRTodoWindow::selectItemAfterFocusMove(KRUInteger index) {
+    KRRunLoop::main().performAfterDelay(0.0, [window = QPointer<KRTodoWindow>(this), index] {
+        if (!window) {
+            return;
+        }
+        KRCheckListView& list = *window->m_checkListView;
+        const bool listHasTheKeys =
+            window->m_hostWidget->hasFocus() && window->m_hostWidget->krWindow().firstResponder() == &list;
+        if (listHasTheKeys && index < list.numberOfItems() && list.indexForEditedItem() == KRNotFound &&
+            list.indexesForSelectedItems().count() == 0) {
+            list.selectItemsAtIndexesByExtendingSelection(KRIndexSet(index), false);
+        }
+    });
 }
 
 // Page Up and Page Down scroll by a page whatever is edited or selected, and leave both as they are.

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Foundation/KRTypes.h"
+
 #include <QImage>
 #include <QMainWindow>
 #include <QPointF>
@@ -64,6 +66,9 @@ private:
     void updateEmptyHint();
     void addItemFromButton();
     bool scrollByPageForKey(const QKeyEvent& event);
+    // After Tab or Shift+Tab leaves the list focused with nothing edited or selected, the item at index is
+    // selected on the next turn, so that the arrows, Return and Delete have something to act on.
+    void selectItemAfterFocusMove(KRUInteger index);
     bool isBelowRows(const QMouseEvent& event) const;
     void endEditingForPressBelowRows(const QMouseEvent& event);
     bool insertItemForDoubleClickBelowRows(const QMouseEvent& event);
