@@ -15,3 +15,7 @@ double KRTodoDefaults::autoScrollMaximumSpeed() {
 double KRTodoDefaults::autoScrollInterval() {
     return 1.0 / 60.0;
 }
+
+QSize KRTodoDefaults::shortcutsWindowSize() {
+    return QSize(620, 640);
+}

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QSize>
+
 // The application's own metrics and speeds. No instances and no state.
 class KRTodoDefaults {
 public:
@@ -12,4 +14,7 @@ public:
     static double autoScrollMinimumSpeed();
     static double autoScrollMaximumSpeed();
     static double autoScrollInterval();
+
+    // The first size of the Keyboard Shortcuts window.
+    static QSize shortcutsWindowSize();
 };

@@ -2,6 +2,7 @@
 
 #include "KRTodoDefaults.h"
 #include "KRTodoMenus.h"
+#include "KRTodoShortcutsWindow.h"
 #include "KRTodoStore.h"
 
 #include "KRCheckListView.h"
@@ -17,6 +18,8 @@
 #include <QFocusEvent>
 #include <QKeyEvent>
 #include <QLabel>
+#include <QMenu>
+#include <QMenuBar>
 #include <QMouseEvent>
 #include <QPointer>
 #include <QScrollArea>
@@ -48,6 +51,7 @@ KRTodoWindow::KRTodoWindow(std::shared_ptr<KRTodoStore> store, QWidget* parent)
     setUpScrollArea();
     m_menus = std::make_unique<KRTodoMenus>(*this, *m_hostWidget, *m_checkListView);
     m_menus->setInsertedItemHandler([this](KRUInteger index) { m_store->noteItemInsertedByCommand(index); });
+    setUpHelpMenu();
     resize(kInitialWindowWidth, kInitialWindowHeight);
     m_checkListView->reloadItems();
     setUpEmptyHint();
@@ -71,6 +75,27 @@ void KRTodoWindow::setUpCheckListView() {
     m_hostWidget->setContentView(m_checkListView);
     m_hostWidget->setResizesContentView(true);
     m_hostWidget->installEventFilter(this);
+}
+
+void KRTodoWindow::setUpHelpMenu() {
+    QMenu* help = menuBar()->addMenu(QStringLiteral("&Help"));
+    QAction* shortcuts = help->addAction(QStringLiteral("&Keyboard Shortcuts"));
+    QObject::connect(shortcuts, &QAction::triggered, this, [this] { showKeyboardShortcuts(); });
+}
+
+KRTodoShortcutsWindow& KRTodoWindow::keyboardShortcutsWindow() {
+    if (!m_shortcutsWindow) {
+        m_shortcutsWindow = new KRTodoShortcutsWindow(*this);
+    }
+    return *m_shortcutsWindow;
+}
+
+void KRTodoWindow::showKeyboardShortcuts() {
+    KRTodoShortcutsWindow& window = keyboardShortcutsWindow();
+    window.refresh();
+    window.show();
+    window.raise();
+    window.activateWindow();
 }
 
 void KRTodoWindow::setUpScrollArea() {

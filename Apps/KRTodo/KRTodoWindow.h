@@ -12,6 +12,7 @@
 class KRCheckListView;
 class KRHostWidget;
 class KRTodoMenus;
+class KRTodoShortcutsWindow;
 class KRTodoStore;
 class QKeyEvent;
 class QMouseEvent;
@@ -35,6 +36,9 @@ public:
     // Shown over an empty checklist: what to press, and a button that adds an item to type into.
     QWidget& emptyHint() const { return *m_emptyHint; }
     QToolButton& addButton() const { return *m_addButton; }
+    // Help › Keyboard Shortcuts, made when first asked for.
+    KRTodoShortcutsWindow& keyboardShortcutsWindow();
+    void showKeyboardShortcuts();
 
     // The caret of the edited title in the host widget's coordinates; null when nothing is edited.
     QRect caretRectInHostWidget() const;
@@ -58,6 +62,7 @@ protected:
 
 private:
     void setUpCheckListView();
+    void setUpHelpMenu();
     void setUpScrollArea();
     void scheduleHeightUpdate();
     void updateHeight();
@@ -84,6 +89,7 @@ private:
     std::unique_ptr<KRTodoMenus> m_menus;
     QWidget* m_emptyHint = nullptr;
     QToolButton* m_addButton = nullptr;
+    KRTodoShortcutsWindow* m_shortcutsWindow = nullptr;
     bool m_heightUpdateScheduled = false;
     bool m_caretRevealScheduled = false;
     // The pointer of the running drag (screen coordinates), and the auto-scroll steps: when the last one
