@@ -21,6 +21,12 @@ class KRCheckListView;
 // count as not selected) until the selection is next set. A data source that does not carry out an insert
 // or removal the list asked for is likewise tolerated: the list then begins no edit on a row that is not
 // there, and a split whose new row did not appear leaves the title whole.
+//
+// Answers out of the ordinary: a status other than 0 (open), 1 (completed) or 2 (canceled) is kept as given
+// and drawn like an open one (a click on its check box proposes open). A title is shown as given, however
+// long and whatever characters it holds; once it is edited, its line breaks (CR LF, CR) are "\n" and a
+// surrogate without its other half is U+FFFD, which is what the validate message then proposes. Items that
+// share an identifier are still separate rows.
 class KRCheckListViewDataSource {
 public:
     virtual ~KRCheckListViewDataSource() = default;

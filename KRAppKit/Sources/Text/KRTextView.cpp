@@ -93,9 +93,19 @@ QString plainTextFromDocumentText(QString text) {
     return text;
 }
 
+// The document holds paragraphs, so every line break becomes one "\n"; and a surrogate without its other
+// half, which no font draws and no encoding stores, becomes U+FFFD as in any UTF-16 decoder.
 QString normalizedNewlines(QString text) {
     text.replace(QStringLiteral("\r\n"), QStringLiteral("\n"));
     text.replace(QLatin1Char('\r'), QLatin1Char('\n'));
+    for (qsizetype index = 0; index < text.size(); ++index) {
+        const QChar character = text.at(index);
+        if (character.isHighSurrogate() && index + 1 < text.size() && text.at(index + 1).isLowSurrogate()) {
+            ++index;
+        } else if (character.isSurrogate()) {
+            text[index] = QChar::ReplacementCharacter;
+        }
+    }
     return text;
 }
 

@@ -109,6 +109,17 @@ TEST_F(KRTextViewTest, TypingInsertsAndReplacesTheSelection) {
     EXPECT_EQ(delegate.changes, 2);
 }
 
+// The document holds paragraphs and whole characters.
+TEST_F(KRTextViewTest, LineBreaksBecomeNewlinesAndLoneSurrogatesTheReplacementCharacter) {
+    const QChar replacement(QChar::ReplacementCharacter);
+    textView->setString(QStringLiteral("a\r\nb\rc") + QChar(0xD83D) + QStringLiteral("d") + QChar(0xDE00));
+    EXPECT_EQ(textView->string(),
+              QStringLiteral("a\nb\nc") + replacement + QStringLiteral("d") + replacement);
+    const QString pair = QString::fromUtf8("\xF0\x9F\x98\x80");
+    textView->insertText(QChar(0xDE00) + pair + QChar(0xD83D));
+    EXPECT_EQ(textView->string().right(4), replacement + pair + replacement);
+}
+
 TEST_F(KRTextViewTest, KeyDownInsertsPrintableCharactersWithoutAnInterpreter) {
     textView->keyDown(KREvent::keyEvent(KREventType::KeyDown, 0, QStringLiteral("x"), QStringLiteral("x"),
                                         KRKeyCode::X, &window));
