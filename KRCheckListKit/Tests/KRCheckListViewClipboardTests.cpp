@@ -1394,12 +1394,20 @@ QString randomText(std::mt19937& random) {
 }
 
 // The edited title is the editor's text, which shows line and paragraph separators and carriage returns as
-// line feeds.
+// line feeds, and a surrogate without its other half as U+FFFD.
 QStringList asEditorShows(QStringList titles) {
     for (QString& title : titles) {
         title.replace(QChar::LineSeparator, u'\n')
             .replace(QChar::ParagraphSeparator, u'\n')
             .replace(u'\r', u'\n');
+        for (qsizetype index = 0; index < title.size(); ++index) {
+            if (title.at(index).isHighSurrogate() && index + 1 < title.size() &&
+                title.at(index + 1).isLowSurrogate()) {
+                ++index;
+            } else if (title.at(index).isSurrogate()) {
+                title[index] = QChar(QChar::ReplacementCharacter);
+            }
+        }
     }
     return titles;
 }
