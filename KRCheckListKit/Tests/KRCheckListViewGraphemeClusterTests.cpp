@@ -7,7 +7,7 @@
 
 #include "Text/KRKeyBindings.h"
 
-#include <QTextBoundaryFinder>
+#include "KRGraphemeClusterSamples.h"
 
 #include <gtest/gtest.h>
 
@@ -18,30 +18,7 @@ using namespace KRCheckListViewTesting;
 
 namespace {
 
-struct Cluster {
-    const char* name;
-    QString text;
-};
-
-void PrintTo(const Cluster& cluster, std::ostream* out) {
-    *out << cluster.name;
-}
-
-const Cluster kClusters[] = {
-    {"EmojiWithSkinTone", QString::fromUtf8("\xF0\x9F\x91\x8D\xF0\x9F\x8F\xBD")},
-    {"ZeroWidthJoinedFamily",
-     QString::fromUtf8("\xF0\x9F\x91\xA8\xE2\x80\x8D\xF0\x9F\x91\xA9\xE2\x80\x8D\xF0\x9F\x91\xA7")},
-    {"Flag", QString::fromUtf8("\xF0\x9F\x87\xA9\xF0\x9F\x87\xAA")},
-    {"CombiningAccent", QStringLiteral("e\u0301")},
-    {"HangulJamo", QStringLiteral("\u1100\u1161\u11A8")},
-    {"SurrogatePair", QString::fromUtf8("\xF0\x9D\x84\x9E")},
-};
-
-bool isClusterBoundary(const QString& text, KRUInteger position) {
-    QTextBoundaryFinder finder(QTextBoundaryFinder::Grapheme, text);
-    finder.setPosition(static_cast<qsizetype>(position));
-    return finder.isAtBoundary();
-}
+using Cluster = KRGraphemeClusterSample;
 
 class KRCheckListViewGraphemeClusterTests : public KRCheckListViewHostTestCase,
                                             public ::testing::WithParamInterface<Cluster> {
@@ -127,7 +104,7 @@ TEST_P(KRCheckListViewGraphemeClusterTests, TheCaretCarriedFromRowToRowLandsBesi
         ASSERT_EQ(list->indexForEditedItem(), 1u);
         pressKey(Qt::Key_Up);
         ASSERT_EQ(list->indexForEditedItem(), 0u);
-        EXPECT_TRUE(isClusterBoundary(clusters, editedSelection().location))
+        EXPECT_TRUE(KRIsGraphemeClusterBoundary(clusters, editedSelection().location))
             << "from x " << x << " the caret landed at " << editedSelection().location;
         EXPECT_EQ(editedSelection().length, 0u);
     }
@@ -138,7 +115,7 @@ std::string clusterTestName(const ::testing::TestParamInfo<Cluster>& info) {
 }
 
 INSTANTIATE_TEST_SUITE_P(EveryKindOfCluster, KRCheckListViewGraphemeClusterTests,
-                         ::testing::ValuesIn(kClusters), clusterTestName);
+                         ::testing::ValuesIn(KRGraphemeClusterSamples()), clusterTestName);
 
 // Two titles whose meeting point falls inside one cluster once joined: a base letter and a combining
 // accent, or Hangul jamo that join into one syllable. The caret goes after the cluster that formed.

@@ -16,7 +16,8 @@
 #include <QInputMethodEvent>
 #include <QKeyEvent>
 #include <QMouseEvent>
-#include <QTextBoundaryFinder>
+
+#include "KRGraphemeClusterSamples.h"
 
 #include <gtest/gtest.h>
 
@@ -26,24 +27,7 @@
 
 namespace {
 
-struct Cluster {
-    const char* name;
-    QString text;
-};
-
-void PrintTo(const Cluster& cluster, std::ostream* out) {
-    *out << cluster.name;
-}
-
-const Cluster kClusters[] = {
-    {"EmojiWithSkinTone", QString::fromUtf8("\xF0\x9F\x91\x8D\xF0\x9F\x8F\xBD")},
-    {"ZeroWidthJoinedFamily",
-     QString::fromUtf8("\xF0\x9F\x91\xA8\xE2\x80\x8D\xF0\x9F\x91\xA9\xE2\x80\x8D\xF0\x9F\x91\xA7")},
-    {"Flag", QString::fromUtf8("\xF0\x9F\x87\xA9\xF0\x9F\x87\xAA")},
-    {"CombiningAccent", QStringLiteral("e\u0301")},
-    {"HangulJamo", QStringLiteral("\u1100\u1161\u11A8")},
-    {"SurrogatePair", QString::fromUtf8("\xF0\x9D\x84\x9E")},
-};
+using Cluster = KRGraphemeClusterSample;
 
 // Each code point of a string, as a keyboard that cannot compose sends them: one key event apiece.
 QStringList codePoints(const QString& text) {
@@ -54,12 +38,6 @@ QStringList codePoints(const QString& text) {
         index += pair ? 1 : 0;
     }
     return points;
-}
-
-bool isClusterBoundary(const QString& text, KRUInteger position) {
-    QTextBoundaryFinder finder(QTextBoundaryFinder::Grapheme, text);
-    finder.setPosition(static_cast<qsizetype>(position));
-    return finder.isAtBoundary();
 }
 
 enum class Input { KeyEvents, InputMethod };
@@ -219,14 +197,14 @@ TEST_P(KRTextViewGraphemeClusterTests, WordMovesNeverStopInsideIt) {
     sendKey(Qt::Key_Home);
     for (int step = 0; step < 6; ++step) {
         sendKey(Qt::Key_Right, Qt::ControlModifier);
-        EXPECT_TRUE(isClusterBoundary(text, editor->selectedRange().location))
+        EXPECT_TRUE(KRIsGraphemeClusterBoundary(text, editor->selectedRange().location))
             << "right word move " << step << " stopped at " << editor->selectedRange().location;
     }
     EXPECT_EQ(editor->selectedRange(), caret(static_cast<KRUInteger>(text.size())));
     for (int step = 0; step < 6; ++step) {
         sendKey(Qt::Key_Left, Qt::ControlModifier | Qt::ShiftModifier);
         const KRRange selection = editor->selectedRange();
-        EXPECT_TRUE(isClusterBoundary(text, selection.location))
+        EXPECT_TRUE(KRIsGraphemeClusterBoundary(text, selection.location))
             << "left word selection " << step << " starts at " << selection.location;
     }
     EXPECT_EQ(editor->selectedRange(), KRMakeRange(0, static_cast<KRUInteger>(text.size())));
@@ -281,7 +259,7 @@ std::string clusterTestName(const ::testing::TestParamInfo<std::tuple<Cluster, I
 }
 
 INSTANTIATE_TEST_SUITE_P(EveryKindOfCluster, KRTextViewGraphemeClusterTests,
-                         ::testing::Combine(::testing::ValuesIn(kClusters),
+                         ::testing::Combine(::testing::ValuesIn(KRGraphemeClusterSamples()),
                                             ::testing::Values(Input::KeyEvents, Input::InputMethod)),
                          clusterTestName);
 
