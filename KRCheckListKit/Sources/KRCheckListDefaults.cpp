@@ -78,3 +78,23 @@ QColor KRCheckListDefaults::dividerColor() {
 QColor KRCheckListDefaults::fillColor() {
     return KRDefaults::clearColor();
 }
+
+double KRCheckListDefaults::autoScrollEdgeZoneHeight() {
+    return 48.0;
+}
+
+double KRCheckListDefaults::autoScrollMinimumSpeed() {
+    return 60.0;
+}
+
+double KRCheckListDefaults::autoScrollMaximumSpeed() {
+    return 1200.0;
+}
+
+double KRCheckListDefaults::autoScrollInterval() {
+    return 1.0 / 60.0;
+}
+
+double KRCheckListDefaults::caretRevealMargin() {
+    return 8.0;
+}

@@ -27,6 +27,15 @@ public:
     // A drop placeholder fades in and out linearly over this long (before the animation multiplier).
     static double dropPlaceholderFadeDuration();
 
+    // A scrolling host: while a row is dragged near the top or bottom edge of the viewport, it scrolls by
+    // itself, from the minimum speed where the pointer enters the edge zone up to the maximum at the edge
+    // and beyond (points per second), in steps of one display frame (seconds); the caret it keeps in view
+    // keeps this much room from the viewport's edges.
+    static double autoScrollEdgeZoneHeight();
+    static double autoScrollMinimumSpeed();
+    static double autoScrollMaximumSpeed();
+    static double autoScrollInterval();
+    static double caretRevealMargin();
     static QColor tintColor();
     static QColor defaultTextColor();
     static QColor placeholderColor();

@@ -574,6 +574,10 @@ void KRWindow::updateIfNeeded() {
         const auto handler = m_displayHandler;
         handler(m_dirtyRect);
     }
+    if (m_didUpdateHandler) {
+        const auto handler = m_didUpdateHandler;
+        handler();
+    }
 }
 
 void KRWindow::setNeedsDisplayInRect(KRRect rectInWindow) {

@@ -97,6 +97,9 @@ public:
     void setDisplayHandler(std::function<void(KRRect dirtyRectInWindow)> handler) {
         m_displayHandler = std::move(handler);
     }
+    // Run at the end of every pass: how an embedder that follows the content's size or caret learns of a
+    // change without being told by the content itself.
+    void setDidUpdateHandler(std::function<void()> handler) { m_didUpdateHandler = std::move(handler); }
     void viewNeedsTrackingAreaUpdate(KRView* view);
     void viewWillBeRemoved(KRView* view);
 
@@ -123,6 +126,7 @@ private:
     std::weak_ptr<KRTrackingArea> m_cursorArea; // the area whose cursorUpdate set the cursor last
     std::function<void(KRRect)> m_displayHandler;
     KeyViewLoopExitHandler m_keyViewLoopExitHandler;
+    std::function<void()> m_didUpdateHandler;
     KRPoint m_screenOrigin;
     KRRect m_dirtyRect;
     double m_backingScaleFactor = 1.0;
