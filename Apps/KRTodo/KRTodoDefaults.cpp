@@ -15,3 +15,7 @@ double KRTodoDefaults::autoScrollMaximumSpeed() {
 double KRTodoDefaults::autoScrollInterval() {
     return 1.0 / 60.0;
 }
+
+double KRTodoDefaults::typingCommitDelay() {
+    return 0.5;
+}

@@ -12,4 +12,8 @@ public:
     static double autoScrollMinimumSpeed();
     static double autoScrollMaximumSpeed();
     static double autoScrollInterval();
+
+    // Typed titles are written to the database when their editing ends, and at the latest this long
+    // (seconds) after the last keystroke.
+    static double typingCommitDelay();
 };

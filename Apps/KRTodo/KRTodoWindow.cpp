@@ -20,7 +20,9 @@
 #include <QPointer>
 #include <QScrollArea>
 #include <QScrollBar>
+#include <QStatusBar>
 #include <QToolButton>
+#include <QUndoStack>
 #include <QVBoxLayout>
 
 #include <algorithm>
@@ -42,14 +44,32 @@ constexpr int kCaretMargin = 8;
 
 KRTodoWindow::KRTodoWindow(std::shared_ptr<KRTodoStore> store, QWidget* parent)
     : QMainWindow(parent), m_store(std::move(store)) {
-    setWindowTitle(QStringLiteral("KRTodo"));
+    setWindowTitle(titleForChecklist(m_store->name()));
     setUpCheckListView();
     setUpScrollArea();
     m_menus = std::make_unique<KRTodoMenus>(*this, *m_hostWidget, *m_checkListView);
     m_menus->setInsertedItemHandler([this](KRUInteger index) { m_store->noteItemInsertedByCommand(index); });
+    m_menus->setCommandHandler([this] { m_store->noteInputEvent(m_checkListView.get()); });
+    m_menus->setUndoStack(
+        &m_store->undoStack(), [this] { m_store->undo(m_checkListView.get()); },
+        [this] { m_store->redo(m_checkListView.get()); });
     resize(kInitialWindowWidth, kInitialWindowHeight);
     m_checkListView->reloadItems();
     setUpEmptyHint();
+}
+
+QString KRTodoWindow::titleForChecklist(const QString& name) {
+    return name.isEmpty() ? QStringLiteral("KRTodo") : QStringLiteral("%1 \u2014 KRTodo").arg(name);
+}
+
+void KRTodoWindow::setReadOnly(const QString& reason) {
+    if (!m_readOnlyNotice) {
+        m_readOnlyNotice = new QLabel;
+        m_readOnlyNotice->setWordWrap(true);
+        statusBar()->addWidget(m_readOnlyNotice, 1);
+    }
+    m_readOnlyNotice->setText(reason);
+    m_menus->setReadOnly(true);
 }
 
 KRTodoWindow::~KRTodoWindow() {
@@ -151,6 +171,24 @@ bool KRTodoWindow::eventFilter(QObject* watched, QEvent* event) {
     }
     switch (event->type()) {
     case QEvent::KeyPress:
+    case QEvent::MouseButtonPress:
+    case QEvent::MouseButtonRelease:
+    case QEvent::MouseButtonDblClick:
+        // Each input event is one step of the history at most: the last one's step ends here.
+        m_store->noteInputEvent(m_checkListView.get());
+        break;
+    default:
+        break;
+    }
+    if (m_readOnlyNotice) {
+        if (event->type() == QEvent::InputMethod ||
+            (event->type() == QEvent::KeyPress &&
+             !isKeyAllowedWhileReadOnly(*static_cast<QKeyEvent*>(event)))) {
+            return true;
+        }
+    }
+    switch (event->type()) {
+    case QEvent::KeyPress:
         if (scrollByPageForKey(*static_cast<QKeyEvent*>(event))) {
             return true;
         }
@@ -192,6 +230,31 @@ bool KRTodoWindow::scrollByPageForKey(const QKeyEvent& event) {
     m_scrollArea->verticalScrollBar()->triggerAction(pageUp ? QAbstractSlider::SliderPageStepSub
                                                             : QAbstractSlider::SliderPageStepAdd);
     return true;
+}
+
+// A read-only checklist takes the keys that move about in it and copy from it, and no others.
+bool KRTodoWindow::isKeyAllowedWhileReadOnly(const QKeyEvent& event) {
+    const Qt::KeyboardModifiers modifiers = event.modifiers() & ~Qt::KeypadModifier;
+    switch (event.key()) {
+    case Qt::Key_Up:
+    case Qt::Key_Down:
+    case Qt::Key_Left:
+    case Qt::Key_Right:
+    case Qt::Key_Home:
+    case Qt::Key_End:
+    case Qt::Key_PageUp:
+    case Qt::Key_PageDown:
+        return (modifiers & ~Qt::ShiftModifier) == Qt::NoModifier;
+    case Qt::Key_Escape:
+    case Qt::Key_Tab:
+    case Qt::Key_Backtab:
+        return true;
+    case Qt::Key_C:
+    case Qt::Key_A:
+        return modifiers == Qt::ControlModifier;
+    default:
+        return false;
+    }
 }
 
 bool KRTodoWindow::isBelowRows(const QMouseEvent& event) const {

@@ -12,6 +12,7 @@ class KRHostWidget;
 class KRTodoMenus;
 class KRTodoStore;
 class QKeyEvent;
+class QLabel;
 class QMouseEvent;
 class QScrollArea;
 class QToolButton;
@@ -33,6 +34,13 @@ public:
     // Shown over an empty checklist: what to press, and a button that adds an item to type into.
     QWidget& emptyHint() const { return *m_emptyHint; }
     QToolButton& addButton() const { return *m_addButton; }
+    // Says why the checklist can't be changed, in the status bar; null while it can be.
+    QLabel* readOnlyNotice() const { return m_readOnlyNotice; }
+
+    // "Groceries — KRTodo": the checklist's name, or the app's alone while it has none.
+    static QString titleForChecklist(const QString& name);
+    // Shows that the checklist can't be changed and why, and lets no key or menu change it.
+    void setReadOnly(const QString& reason);
 
     // The caret of the edited title in the host widget's coordinates; null when nothing is edited.
     QRect caretRectInHostWidget() const;
@@ -64,6 +72,7 @@ private:
     void updateEmptyHint();
     void addItemFromButton();
     bool scrollByPageForKey(const QKeyEvent& event);
+    static bool isKeyAllowedWhileReadOnly(const QKeyEvent& event);
     bool isBelowRows(const QMouseEvent& event) const;
     void endEditingForPressBelowRows(const QMouseEvent& event);
     bool insertItemForDoubleClickBelowRows(const QMouseEvent& event);
@@ -79,6 +88,7 @@ private:
     std::unique_ptr<KRTodoMenus> m_menus;
     QWidget* m_emptyHint = nullptr;
     QToolButton* m_addButton = nullptr;
+    QLabel* m_readOnlyNotice = nullptr;
     bool m_heightUpdateScheduled = false;
     bool m_caretRevealScheduled = false;
     // The pointer of the running drag (screen coordinates), and the auto-scroll steps: when the last one

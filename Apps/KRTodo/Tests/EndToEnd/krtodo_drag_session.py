@@ -128,7 +128,8 @@ def run_session(app_path, out_dir):
 
         # A list longer than its window: the first item held at the bottom edge goes all the way down.
         long_list = session.launch(
-            lambda env: App(app_path, env, log, os.path.join(out_dir, "KRTodo-dragged-to-the-end.txt")))
+            lambda env: App(app_path, env, log, os.path.join(out_dir, "KRTodo-dragged-to-the-end.txt"),
+                            "--sample"))
         xdotool(env, "windowsize", "--sync", long_list.window, "480", "220")
         long_list.focus()
         # The first item edited, then selected: where its handle is.
