@@ -68,6 +68,11 @@ void KRTodoDatabase::fail(Problem problem, const QString& message) {
     m_problem = problem;
     m_message = message;
     closeConnection();
+    // A refused file is left as it was found, without the files SQLite put beside it to read it.
+    for (const QString& sideFile : std::as_const(m_sideFilesMadeByChecks)) {
+        QFile::remove(sideFile);
+    }
+    m_sideFilesMadeByChecks.clear();
     // The lock goes with the failure: nothing of this KRTodo keeps the file any longer.
     m_lock.reset();
 }
@@ -158,7 +163,11 @@ void KRTodoDatabase::openFile() {
     if (!checkExistingFile()) {
         return;
     }
-    const bool writable = m_lock && info.isWritable() && QFileInfo(info.absolutePath()).isWritable();
+    // A file without write permission is read-only for everyone, the superuser too, who could write it.
+    const QFileDevice::Permissions writeBits =
+        QFileDevice::WriteOwner | QFileDevice::WriteGroup | QFileDevice::WriteOther;
+    const bool writable = m_lock && info.isWritable() && (info.permissions() & writeBits) &&
+                          QFileInfo(info.absolutePath()).isWritable();
     if (!writable) {
         if (m_openedVersion < SchemaVersion) {
             fail(Problem::ReadOnlyNeedsUpgrade,
@@ -207,6 +216,11 @@ bool KRTodoDatabase::checkExistingFile() {
                  .arg(quoted(m_path)));
         return false;
     }
+    for (const QString& suffix : {QStringLiteral("-wal"), QStringLiteral("-shm")}) {
+        if (!QFile::exists(m_path + suffix)) {
+            m_sideFilesMadeByChecks << m_path + suffix;
+        }
+    }
     if (!openConnection(true)) {
         return false;
     }
@@ -243,6 +257,7 @@ bool KRTodoDatabase::checkExistingFile() {
                                  .arg(SchemaVersion));
         return false;
     }
+    m_sideFilesMadeByChecks.clear();
     return true;
 }
 

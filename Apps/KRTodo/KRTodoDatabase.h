@@ -4,6 +4,7 @@
 
 #include <QLockFile>
 #include <QString>
+#include <QStringList>
 
 #include <functional>
 #include <memory>
@@ -112,6 +113,8 @@ private:
     QString m_path;
     QString m_connectionName;
     std::unique_ptr<QLockFile> m_lock;
+    // The write-ahead log and index files that reading the file for its checks made beside it.
+    QStringList m_sideFilesMadeByChecks;
     Problem m_problem = Problem::None;
     QString m_message;
     bool m_readOnly = false;
