@@ -25,6 +25,11 @@ QString nextConnectionName() {
     return QStringLiteral("KRTodoDatabase-%1").arg(++counter);
 }
 
+// Titles are never NULL in the file: a title nobody typed yet is the empty string.
+QString storedTitle(const QString& title) {
+    return title.isNull() ? QString::fromLatin1("") : title;
+}
+
 QString quoted(const QString& path) {
     return QStringLiteral("\"%1\"").arg(QDir::toNativeSeparators(path));
 }
@@ -450,7 +455,7 @@ bool KRTodoDatabase::insertItems(qint64 checklist, const std::vector<KRTodoItemR
             query.bindValue(1, record.item.identifier);
             query.bindValue(2, record.position);
             query.bindValue(3, static_cast<qulonglong>(record.item.status));
-            query.bindValue(4, record.item.title);
+            query.bindValue(4, storedTitle(record.item.title));
             if (!run(query)) {
                 return false;
             }
@@ -507,7 +512,7 @@ bool KRTodoDatabase::setTitles(qint64 checklist, const std::vector<std::pair<QSt
         QSqlQuery query(database);
         query.prepare(QStringLiteral("UPDATE items SET title = ? WHERE checklist = ? AND identifier = ?"));
         for (const auto& [identifier, title] : titles) {
-            query.bindValue(0, title);
+            query.bindValue(0, storedTitle(title));
             query.bindValue(1, checklist);
             query.bindValue(2, identifier);
             if (!run(query)) {

@@ -764,6 +764,15 @@ void KRTodoStore::noteInputEvent(KRCheckListView* checkListView) {
     closeTurnStep(checkListView);
     m_stateBeforeInput = listState(checkListView);
     m_hasStateBeforeInput = true;
+    // Whatever the last step left settles before the next input (a paste begins its edit a turn later):
+    // that is what redoing it puts back.
+    if (m_undoStack->index() > 0) {
+        auto* step = dynamic_cast<KRTodoUndoStep*>(
+            const_cast<QUndoCommand*>(m_undoStack->command(m_undoStack->index() - 1)));
+        if (step && step->number() == m_lastStepNumber) {
+            step->setStateAfter(m_stateBeforeInput);
+        }
+    }
 }
 
 void KRTodoStore::closeTypingStep() {

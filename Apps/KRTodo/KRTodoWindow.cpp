@@ -170,9 +170,14 @@ bool KRTodoWindow::eventFilter(QObject* watched, QEvent* event) {
         return QMainWindow::eventFilter(watched, event);
     }
     switch (event->type()) {
+    case QEvent::MouseButtonRelease:
+        // A drag is one gesture from the press on: its move is undone to the state before the press.
+        if (m_checkListView->isDragging()) {
+            break;
+        }
+        [[fallthrough]];
     case QEvent::KeyPress:
     case QEvent::MouseButtonPress:
-    case QEvent::MouseButtonRelease:
     case QEvent::MouseButtonDblClick:
         // Each input event is one step of the history at most: the last one's step ends here.
         m_store->noteInputEvent(m_checkListView.get());
