@@ -353,6 +353,7 @@ void KRTodoStore::setTitle(const QString& title, KRUInteger index, KRCheckListVi
     change.newTitle = title;
     m_items[index].title = title;
     if (m_database) {
+        forgetUncommittedTitle(m_items[index].identifier);
         m_database->setTitles(m_checklist, {{m_items[index].identifier, title}});
     }
     if (change.oldTitle != change.newTitle) {
@@ -487,6 +488,7 @@ QString KRTodoStore::checkListViewValidateChangedTitleForItemAtIndex(KRCheckList
             }
             scheduleTitleCommit();
         } else {
+            forgetUncommittedTitle(m_items[index].identifier);
             m_database->setTitles(m_checklist, {{m_items[index].identifier, title}});
         }
     }
@@ -710,6 +712,12 @@ bool KRTodoStore::commitTypedTitles() {
     }
     m_uncommittedTitles.clear();
     return true;
+}
+
+// A title written now makes the keystrokes before it old news: a later commit must not bring them back.
+void KRTodoStore::forgetUncommittedTitle(const QString& identifier) {
+    std::erase_if(m_uncommittedTitles,
+                  [&](const std::pair<QString, QString>& entry) { return entry.first == identifier; });
 }
 
 // One commit a moment after the last keystroke: each keystroke puts it off again.

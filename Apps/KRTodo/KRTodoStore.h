@@ -147,6 +147,7 @@ private:
     void closeTurnStep(KRCheckListView* checkListView);
     void scheduleTurnEnd(KRCheckListView* checkListView);
     void scheduleTitleCommit();
+    void forgetUncommittedTitle(const QString& identifier);
     bool isTyping(KRCheckListView* checkListView, const QString& title, KRUInteger index) const;
     void restoreState(const KRTodoListState& state, KRCheckListView* checkListView);
     void applyChange(const KRTodoChange& change, bool forward, KRCheckListView* checkListView);

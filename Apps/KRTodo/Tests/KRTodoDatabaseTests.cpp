@@ -473,6 +473,19 @@ TEST_F(KRTodoDatabaseStoreTests, ASplitAndAMergeAreStoredAtOnce) {
     expectReopenedEqual(store->items());
 }
 
+TEST_F(KRTodoDatabaseStoreTests, ASplitRightAfterTypingStaysSplitWhenTheTypingIsCommitted) {
+    list->beginEditingItemAtIndexSelectRange(1, KRRange{KRUIntegerMax, 0});
+    typeIntoEditedTitle(QStringLiteral("charlie"));
+    list->beginEditingItemAtIndexSelectRange(1, KRRange{5, 0});
+    list->doCommandBySelector(KRSelector("insertNewline:"));
+    ASSERT_EQ(store->items()[1].title, QStringLiteral("bravo"));
+    ASSERT_EQ(store->items()[2].title, QStringLiteral("charlie"));
+    KRClock::advance(KRTodoDefaults::typingCommitDelay());
+    KRRunLoop::main().runUntilIdle();
+    list->endEditing();
+    expectReopenedEqual(store->items());
+}
+
 TEST_F(KRTodoDatabaseStoreTests, UndoneChangesAreStoredToo) {
     // Two input events, two steps.
     store->noteInputEvent(list.get());
