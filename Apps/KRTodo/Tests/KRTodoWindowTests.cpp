@@ -458,3 +458,48 @@ TEST_F(KRTodoEmptyWindowTests, TheHintComesBackWhenTheLastItemGoes) {
     window.settle();
     EXPECT_TRUE(window.emptyHint().isVisible());
 }
+
+// Titles in every script
+// -------------------------------------------------------------------------------------------------------
+
+namespace {
+
+// The list of one item with this title, drawn.
+QImage drawTitle(const QString& title) {
+    const auto store =
+        std::make_shared<KRTodoStore>(std::vector<KRTodoItem>{{QString(), KRTodoItem::Open, title}});
+    KRTodoWindow window(store);
+    window.setAttribute(Qt::WA_DontShowOnScreen);
+    window.show();
+    window.settle();
+    return window.renderCheckListToImage(1.0);
+}
+
+} // namespace
+
+TEST(KRTodoWindowScriptTests, EmojiDrawInColour) {
+    // Red apples: a colour emoji font draws red; a missing glyph is a grey box, text is grey or black.
+    const QImage image = drawTitle(QStringLiteral("\U0001F34E\U0001F34E\U0001F34E"));
+    int red = 0;
+    for (int y = 0; y < image.height(); ++y) {
+        for (int x = 0; x < image.width(); ++x) {
+            const QColor colour = image.pixelColor(x, y);
+            if (colour.red() > 180 && colour.green() < 90 && colour.blue() < 90) {
+                ++red;
+            }
+        }
+    }
+    EXPECT_GT(red, 20);
+}
+
+TEST(KRTodoWindowScriptTests, ChineseJapaneseAndKoreanDrawTheirOwnGlyphs) {
+    // Missing glyphs all draw as the same box; real ones differ from each other.
+    const QImage sun = drawTitle(QStringLiteral("\u65E5\u65E5\u65E5"));
+    const QImage book = drawTitle(QStringLiteral("\u672C\u672C\u672C"));
+    const QImage hangul = drawTitle(QStringLiteral("\uD55C\uD55C\uD55C"));
+    const QImage kana = drawTitle(QStringLiteral("\u30BF\u30BF\u30BF"));
+    EXPECT_NE(sun, book);
+    EXPECT_NE(sun, hangul);
+    EXPECT_NE(book, kana);
+    EXPECT_NE(hangul, kana);
+}
