@@ -392,6 +392,30 @@ std::optional<qint64> KRTodoDatabase::addChecklist(const QString& name, double p
     return identifier;
 }
 
+bool KRTodoDatabase::restoreChecklist(const KRTodoChecklistRecord& checklist) {
+    return write([&](QSqlDatabase& database) {
+        QSqlQuery query(database);
+        query.prepare(QStringLiteral("INSERT INTO checklists (id, name, position) VALUES (?, ?, ?)"));
+        query.addBindValue(checklist.identifier);
+        query.addBindValue(checklist.name);
+        query.addBindValue(checklist.position);
+        return run(query);
+    });
+}
+
+KRUInteger KRTodoDatabase::openItemCount(qint64 checklist) const {
+    if (!m_open) {
+        return 0;
+    }
+    QSqlQuery query(connection());
+    query.prepare(QStringLiteral("SELECT count(*) FROM items WHERE checklist = ? AND status = 0"));
+    query.addBindValue(checklist);
+    if (!query.exec() || !query.next()) {
+        return 0;
+    }
+    return query.value(0).toULongLong();
+}
+
 bool KRTodoDatabase::renameChecklist(qint64 checklist, const QString& name) {
     return write([&](QSqlDatabase& database) {
         QSqlQuery query(database);

@@ -73,6 +73,9 @@ public:
     // Checklists, in their order.
     std::vector<KRTodoChecklistRecord> checklists() const;
     std::optional<qint64> addChecklist(const QString& name, double position);
+    // Puts a removed checklist back under its old identifier.
+    bool restoreChecklist(const KRTodoChecklistRecord& checklist);
+    KRUInteger openItemCount(qint64 checklist) const;
     bool renameChecklist(qint64 checklist, const QString& name);
     bool setChecklistPosition(qint64 checklist, double position);
     // Removes the checklist with its items.

@@ -19,3 +19,7 @@ double KRTodoDefaults::autoScrollInterval() {
 double KRTodoDefaults::typingCommitDelay() {
     return 0.5;
 }
+
+int KRTodoDefaults::sidebarWidth() {
+    return 170;
+}

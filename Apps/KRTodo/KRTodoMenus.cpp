@@ -219,11 +219,13 @@ void KRTodoMenus::setCommandHandler(std::function<void()> handler) {
 
 void KRTodoMenus::setUndoStack(QUndoStack* undoStack, std::function<void()> undo,
                                std::function<void()> redo) {
+    QObject::disconnect(m_undoStackConnection);
     m_undoStack = undoStack;
     m_undo = std::move(undo);
     m_redo = std::move(redo);
     if (m_undoStack) {
-        QObject::connect(m_undoStack, &QUndoStack::indexChanged, this, [this] { validateAll(); });
+        m_undoStackConnection =
+            QObject::connect(m_undoStack, &QUndoStack::indexChanged, this, [this] { validateAll(); });
     }
     validateAll();
 }

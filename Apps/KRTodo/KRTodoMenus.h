@@ -109,6 +109,7 @@ private:
     std::function<void(KRUInteger)> m_insertedItemHandler;
     std::function<void()> m_commandHandler;
     QUndoStack* m_undoStack = nullptr;
+    QMetaObject::Connection m_undoStackConnection;
     std::function<void()> m_undo;
     std::function<void()> m_redo;
     bool m_readOnly = false;

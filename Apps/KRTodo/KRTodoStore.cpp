@@ -816,7 +816,23 @@ void KRTodoStore::scheduleTurnEnd(KRCheckListView* checkListView) {
     });
 }
 
+std::vector<KRTodoItemRecord> KRTodoStore::records() const {
+    std::vector<KRTodoItemRecord> records;
+    records.reserve(m_items.size());
+    for (std::size_t index = 0; index < m_items.size(); ++index) {
+        records.push_back({m_items[index], index < m_positions.size() ? m_positions[index] : 0.0});
+    }
+    return records;
+}
+
+void KRTodoStore::setItemsChangedHandler(std::function<void()> handler) {
+    m_itemsChangedHandler = std::move(handler);
+}
+
 void KRTodoStore::record(KRTodoChange change, bool typing, KRCheckListView* checkListView) {
+    if (m_itemsChangedHandler && change.kind != KRTodoChange::Kind::Title) {
+        m_itemsChangedHandler();
+    }
     if (m_replaying) {
         return;
     }

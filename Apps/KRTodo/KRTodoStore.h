@@ -17,6 +17,7 @@
 
 class KRCheckListView;
 class KRTodoDatabase;
+struct KRTodoItemRecord;
 class QUndoStack;
 
 // The to-do items of one checklist, kept in memory. It is the list's data source and delegate: it answers
@@ -48,6 +49,11 @@ public:
     static std::vector<KRTodoItem> welcomeItems();
     static QString welcomeChecklistName();
     static std::vector<KRTodoItem> sampleItems();
+
+    // The items with their order keys, as the database keeps them.
+    std::vector<KRTodoItemRecord> records() const;
+    // Called after every change of the items but typing (so that counts of open items can follow).
+    void setItemsChangedHandler(std::function<void()> handler);
 
     const QString& name() const { return m_name; }
     void setName(const QString& name) { m_name = name; }
@@ -180,6 +186,7 @@ private:
     qint64 m_checklist = 0;
     QString m_name;
     std::vector<double> m_positions;
+    std::function<void()> m_itemsChangedHandler;
     std::vector<std::pair<QString, QString>> m_uncommittedTitles;
     int m_titleCommitGeneration = 0;
 

@@ -1,7 +1,9 @@
 #include "KRTodoWindow.h"
 
+#include "KRTodoChecklists.h"
 #include "KRTodoDefaults.h"
 #include "KRTodoMenus.h"
+#include "KRTodoSidebar.h"
 #include "KRTodoStore.h"
 
 #include "KRCheckListView.h"
@@ -12,7 +14,9 @@
 #include "Text/KRTextView.h"
 #include "Views/KRWindow.h"
 
+#include <QApplication>
 #include <QCoreApplication>
+#include <QDockWidget>
 #include <QEvent>
 #include <QKeyEvent>
 #include <QLabel>
@@ -50,9 +54,7 @@ KRTodoWindow::KRTodoWindow(std::shared_ptr<KRTodoStore> store, QWidget* parent)
     m_menus = std::make_unique<KRTodoMenus>(*this, *m_hostWidget, *m_checkListView);
     m_menus->setInsertedItemHandler([this](KRUInteger index) { m_store->noteItemInsertedByCommand(index); });
     m_menus->setCommandHandler([this] { m_store->noteInputEvent(m_checkListView.get()); });
-    m_menus->setUndoStack(
-        &m_store->undoStack(), [this] { m_store->undo(m_checkListView.get()); },
-        [this] { m_store->redo(m_checkListView.get()); });
+    followFocusForUndo();
     resize(kInitialWindowWidth, kInitialWindowHeight);
     m_checkListView->reloadItems();
     setUpEmptyHint();
@@ -73,17 +75,17 @@ void KRTodoWindow::setReadOnly(const QString& reason) {
 }
 
 KRTodoWindow::~KRTodoWindow() {
+    QObject::disconnect(qApp, &QApplication::focusChanged, this, nullptr);
     m_hostWidget->removeEventFilter(this);
-    m_store->setSizeThatFitsChangedHandler(nullptr);
-    m_store->setDidBeginEditingHandler(nullptr);
+    if (m_checklists) {
+        m_checklists->setChangedHandler(nullptr);
+    }
+    detachStore();
 }
 
 void KRTodoWindow::setUpCheckListView() {
     m_checkListView = std::make_shared<KRCheckListView>(KRRectMake(0.0, 0.0, kInitialListWidth, 0.0));
-    m_checkListView->setDataSource(m_store);
-    m_checkListView->setDelegate(m_store);
-    m_store->setSizeThatFitsChangedHandler([this](KRCheckListView*) { scheduleHeightUpdate(); });
-    m_store->setDidBeginEditingHandler([this](KRCheckListView*, KRUInteger) { scheduleCaretReveal(); });
+    attachStore();
 
     // The host sizes the list to itself: as wide as the viewport, and at least as tall as the rows.
     m_hostWidget = new KRHostWidget;
@@ -100,6 +102,74 @@ void KRTodoWindow::setUpScrollArea() {
     m_scrollArea->setWidget(m_hostWidget);
     setCentralWidget(m_scrollArea);
     m_hostWidget->setFocus();
+}
+
+void KRTodoWindow::attachStore() {
+    m_checkListView->setDataSource(m_store);
+    m_checkListView->setDelegate(m_store);
+    m_store->setSizeThatFitsChangedHandler([this](KRCheckListView*) { scheduleHeightUpdate(); });
+    m_store->setDidBeginEditingHandler([this](KRCheckListView*, KRUInteger) { scheduleCaretReveal(); });
+}
+
+void KRTodoWindow::detachStore() {
+    m_store->setSizeThatFitsChangedHandler(nullptr);
+    m_store->setDidBeginEditingHandler(nullptr);
+}
+
+void KRTodoWindow::setStore(std::shared_ptr<KRTodoStore> store) {
+    if (!store || store == m_store) {
+        return;
+    }
+    // What was typed into the checklist being left is kept before the list lets go of it.
+    m_checkListView->endEditing();
+    m_checkListView->deselectAllItems();
+    m_store->commitTypedTitles();
+    detachStore();
+    m_store = std::move(store);
+    attachStore();
+    m_checkListView->reloadItems();
+    setWindowTitle(titleForChecklist(m_store->name()));
+    followFocusForUndo();
+    scheduleHeightUpdate();
+    m_scrollArea->verticalScrollBar()->setValue(0);
+}
+
+void KRTodoWindow::setChecklists(KRTodoChecklists& checklists) {
+    m_checklists = &checklists;
+    m_sidebar = new KRTodoSidebar(checklists);
+    m_sidebar->setCurrentChecklist(m_store->checklist());
+    m_sidebar->setCurrentChecklistChangedHandler([this](qint64 checklist) {
+        setStore(m_checklists->store(checklist));
+        m_checklists->database().setSetting(QStringLiteral("window/checklist"), QString::number(checklist));
+    });
+    checklists.setChangedHandler([this] {
+        m_sidebar->scheduleRefresh();
+        setWindowTitle(titleForChecklist(m_store->name()));
+    });
+    auto* dock = new QDockWidget(QStringLiteral("Checklists"), this);
+    dock->setObjectName(QStringLiteral("Checklists"));
+    dock->setFeatures(QDockWidget::NoDockWidgetFeatures);
+    dock->setWidget(m_sidebar);
+    addDockWidget(Qt::LeftDockWidgetArea, dock);
+    // The list keeps its width beside it.
+    resize(width() + KRTodoDefaults::sidebarWidth(), height());
+    resizeDocks({dock}, {KRTodoDefaults::sidebarWidth()}, Qt::Horizontal);
+    // Edit > Undo and Redo work on the checklists while the sidebar has the keyboard, else on the items.
+    QObject::connect(qApp, &QApplication::focusChanged, this, [this] { followFocusForUndo(); });
+}
+
+void KRTodoWindow::followFocusForUndo() {
+    const QWidget* focus = QApplication::focusWidget();
+    const bool checklists = m_sidebar && focus && m_sidebar->isAncestorOf(focus);
+    if (checklists) {
+        QUndoStack* stack = &m_checklists->undoStack();
+        m_menus->setUndoStack(
+            stack, [stack] { stack->undo(); }, [stack] { stack->redo(); });
+    } else {
+        m_menus->setUndoStack(
+            &m_store->undoStack(), [this] { m_store->undo(m_checkListView.get()); },
+            [this] { m_store->redo(m_checkListView.get()); });
+    }
 }
 
 // The list reports a new fitting size from inside its layout pass. The host follows on a later turn, so

@@ -9,7 +9,9 @@
 
 class KRCheckListView;
 class KRHostWidget;
+class KRTodoChecklists;
 class KRTodoMenus;
+class KRTodoSidebar;
 class KRTodoStore;
 class QKeyEvent;
 class QLabel;
@@ -27,6 +29,12 @@ public:
     ~KRTodoWindow() override;
 
     KRTodoStore& store() const { return *m_store; }
+    const std::shared_ptr<KRTodoStore>& sharedStore() const { return m_store; }
+    // Shows another checklist's store in the list, with its own undo history.
+    void setStore(std::shared_ptr<KRTodoStore> store);
+    // Shows the checklists in a sidebar, by which the user picks, adds, renames, deletes and reorders them.
+    void setChecklists(KRTodoChecklists& checklists);
+    KRTodoSidebar* sidebar() const { return m_sidebar; }
     KRCheckListView& checkListView() const { return *m_checkListView; }
     KRHostWidget& hostWidget() const { return *m_hostWidget; }
     QScrollArea& scrollArea() const { return *m_scrollArea; }
@@ -64,6 +72,9 @@ protected:
 
 private:
     void setUpCheckListView();
+    void attachStore();
+    void detachStore();
+    void followFocusForUndo();
     void setUpScrollArea();
     void scheduleHeightUpdate();
     void updateHeight();
@@ -89,6 +100,9 @@ private:
     QWidget* m_emptyHint = nullptr;
     QToolButton* m_addButton = nullptr;
     QLabel* m_readOnlyNotice = nullptr;
+    KRTodoChecklists* m_checklists = nullptr;
+    KRTodoSidebar* m_sidebar = nullptr;
+    bool m_undoFollowsChecklists = false;
     bool m_heightUpdateScheduled = false;
     bool m_caretRevealScheduled = false;
     // The pointer of the running drag (screen coordinates), and the auto-scroll steps: when the last one

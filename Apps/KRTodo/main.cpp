@@ -4,6 +4,7 @@
 // the items, one per line, when it ends; --dump-file <path> writes the same lines to a file. A new database
 // starts with a welcome checklist, or with no items (--empty), or with a trip's sample checklist (--sample).
 // --help lists the options.
+#include "KRTodoChecklists.h"
 #include "KRTodoDatabase.h"
 #include "KRTodoStore.h"
 #include "KRTodoWindow.h"
@@ -227,10 +228,15 @@ int main(int argc, char** argv) {
                       !screenshot);
         return 1;
     }
-    const std::shared_ptr<KRTodoStore> store =
-        KRTodoStore::makeStore(database, checklist->identifier, checklist->name);
+    KRTodoChecklists checklists(database);
+    std::shared_ptr<KRTodoStore> store = checklists.store(checklist->identifier);
+    if (!store) {
+        // A read-only file without checklists shows an empty one.
+        store = KRTodoStore::makeStore(database, checklist->identifier, checklist->name);
+    }
     database->setSetting(kChecklistSetting, QString::number(checklist->identifier));
     KRTodoWindow window(store);
+    window.setChecklists(checklists);
     if (database->isReadOnly()) {
         std::fprintf(stderr, "KRTodo: %s\n", qPrintable(database->message()));
         window.setReadOnly(database->message());
@@ -252,11 +258,11 @@ int main(int argc, char** argv) {
         status = QApplication::exec();
         database->setSetting(kGeometrySetting, QString::fromLatin1(window.saveGeometry().toBase64()));
     }
-    store->commitTypedTitles();
+    window.store().commitTypedTitles();
     if (options.dump) {
-        dumpStore(*store);
+        dumpStore(window.store());
     }
-    if (!options.dumpPath.isEmpty() && !dumpStoreToFile(*store, options.dumpPath)) {
+    if (!options.dumpPath.isEmpty() && !dumpStoreToFile(window.store(), options.dumpPath)) {
         status = 1;
     }
     return status;

@@ -39,7 +39,9 @@ def selected_row_extent(env, window):
         red, _, blue = rgb[offset:offset + 3]
         return blue > red + 8
 
-    column = width // 2
+    # Near the right edge: the rows are there, the checklists' sidebar (whose current row is drawn
+    # selected too) is on the left.
+    column = width - 60
     top = next((y for y in range(height) if is_fill(column, y)), None)
     if top is None:
         return None
