@@ -213,8 +213,12 @@ void KRTodoMenus::updateUndoTexts() {
         .setText(redoName.isEmpty() ? QStringLiteral("&Redo") : QStringLiteral("&Redo %1").arg(redoName));
 }
 
-void KRTodoMenus::setCommandHandler(std::function<void()> handler) {
+void KRTodoMenus::setCommandHandler(std::function<void(Command)> handler) {
     m_commandHandler = std::move(handler);
+}
+
+bool KRTodoMenus::isItemCommand(Command command) {
+    return command >= Command::InsertAbove && command <= Command::ToggleCanceled;
 }
 
 void KRTodoMenus::setUndoStack(QUndoStack* undoStack, std::function<void()> undo,
@@ -245,7 +249,7 @@ bool KRTodoMenus::perform(Command command) {
     }
     KRCheckListView& list = m_checkListView;
     if (m_commandHandler) {
-        m_commandHandler();
+        m_commandHandler(command);
     }
     switch (command) {
     case Command::Quit:

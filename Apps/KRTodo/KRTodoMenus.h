@@ -71,7 +71,9 @@ public:
     // Told the index of the item each Insert command made (the item it then edits).
     void setInsertedItemHandler(std::function<void(KRUInteger)> handler);
     // Told before every command runs, as the host is told of every input event.
-    void setCommandHandler(std::function<void()> handler);
+    void setCommandHandler(std::function<void(Command)> handler);
+    // Whether the command works on the list's items (Insert, Move, Toggle …).
+    static bool isItemCommand(Command command);
     // The checklist's history: Undo and Redo are enabled by it and name its next steps ("Undo Typing");
     // undo and redo run them.
     void setUndoStack(QUndoStack* undoStack, std::function<void()> undo, std::function<void()> redo);
@@ -107,7 +109,7 @@ private:
     QMenu* m_itemMenu = nullptr;
     std::array<QAction*, CommandCount> m_actions{};
     std::function<void(KRUInteger)> m_insertedItemHandler;
-    std::function<void()> m_commandHandler;
+    std::function<void(Command)> m_commandHandler;
     QUndoStack* m_undoStack = nullptr;
     QMetaObject::Connection m_undoStackConnection;
     std::function<void()> m_undo;

@@ -53,7 +53,13 @@ KRTodoWindow::KRTodoWindow(std::shared_ptr<KRTodoStore> store, QWidget* parent)
     setUpScrollArea();
     m_menus = std::make_unique<KRTodoMenus>(*this, *m_hostWidget, *m_checkListView);
     m_menus->setInsertedItemHandler([this](KRUInteger index) { m_store->noteItemInsertedByCommand(index); });
-    m_menus->setCommandHandler([this] { m_store->noteInputEvent(m_checkListView.get()); });
+    m_menus->setCommandHandler([this](KRTodoMenus::Command command) {
+        m_store->noteInputEvent(m_checkListView.get());
+        // An item command from anywhere in the window goes on in the list: an inserted item is typed into.
+        if (KRTodoMenus::isItemCommand(command) && !m_hostWidget->hasFocus()) {
+            m_hostWidget->setFocus();
+        }
+    });
     followFocusForUndo();
     resize(kInitialWindowWidth, kInitialWindowHeight);
     m_checkListView->reloadItems();
@@ -154,6 +160,8 @@ void KRTodoWindow::setChecklists(KRTodoChecklists& checklists) {
     // The list keeps its width beside it.
     resize(width() + KRTodoDefaults::sidebarWidth(), height());
     resizeDocks({dock}, {KRTodoDefaults::sidebarWidth()}, Qt::Horizontal);
+    // The keyboard stays with the list.
+    m_hostWidget->setFocus();
     // Edit > Undo and Redo work on the checklists while the sidebar has the keyboard, else on the items.
     QObject::connect(qApp, &QApplication::focusChanged, this, [this] { followFocusForUndo(); });
 }

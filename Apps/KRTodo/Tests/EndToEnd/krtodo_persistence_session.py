@@ -5,8 +5,10 @@
    with Return), one more is typed after them, and one is completed with Ctrl+D. The database file itself is
    read until it holds all of it (structural changes are committed before the next key, typing a moment
    after the last keystroke); then KRTodo is killed with SIGKILL.
-2. KRTodo starts again on the same file (taking over the lock the killed one left) and quits at once: its
-   dump holds every item.
+2. KRTodo starts again on the same file (taking over the lock the killed one left). A second KRTodo on the
+   same file says in a dialog and on stderr that it is already open, and exits 1 once the dialog is
+   answered, the file's bytes unchanged. The window is moved and resized, and KRTodo quits: its dump holds
+   every item.
 3. KRTodo starts again: Item > Insert at Bottom adds "Extra", Return adds an item below it, "More" is typed
    into that, Ctrl+D completes it and Ctrl+Up moves it up; then Ctrl+Z three times takes back the move, the
    status and the typing. KRTodo quits and starts once more: the dump is the undone state, the item Return
@@ -15,13 +17,16 @@
 Exits 77 (skipped) only when Xvfb or xdotool is missing.
 """
 
+import hashlib
 import os
 import signal
 import sqlite3
+import subprocess
 import sys
 
 from krtodo_clipboard_session import App
-from krtodo_keyboard_session import SessionError, XSession, fresh_database, keys, run_main, type_text, wait_until
+from krtodo_keyboard_session import (DEADLINE_SECONDS, SessionError, XSession, fresh_database, keys,
+                                     run_main, type_text, wait_until, xdotool)
 
 TYPED = [
     ("open", "Buy milk"),
@@ -47,6 +52,59 @@ def stored_items(database):
         connection.close()
     names = {0: "open", 1: "completed", 2: "canceled"}
     return [(names.get(status, "open"), title) for status, title in rows]
+
+
+def digest(path):
+    with open(path, "rb") as file:
+        return hashlib.sha256(file.read()).hexdigest()
+
+
+def expect_already_open(app_path, env, database):
+    """A second KRTodo on a database another one holds: a dialog and a line on stderr, exit status 1, and
+    the file as it was."""
+    before = digest(database)
+    second = subprocess.Popen([app_path, "--database", database], env=env, stdout=subprocess.PIPE,
+                              stderr=subprocess.PIPE, text=True)
+    def answer_dialog():
+        # The dialog's window can come and go while it is set up: Return goes to whichever one shows.
+        for window in find_window_of(env, second):
+            focused = subprocess.run(["xdotool", "windowfocus", "--sync", window], env=env, capture_output=True,
+                                     timeout=DEADLINE_SECONDS)
+            if focused.returncode == 0 and xdotool(env, "getwindowfocus") == window:
+                keys(env, "Return")
+                break
+        return second.poll() is not None
+
+    try:
+        wait_until(answer_dialog, "the second KRTodo to show its dialog and end once it is answered")
+        _, stderr = second.communicate(timeout=DEADLINE_SECONDS)
+    finally:
+        if second.poll() is None:
+            second.kill()
+            second.wait()
+    line = f'KRTodo: "{database}" is already open in another KRTodo.'
+    if second.returncode != 1 or line not in stderr:
+        raise SessionError(f"a second KRTodo: status {second.returncode}, stderr {stderr!r}")
+    if digest(database) != before:
+        raise SessionError("a second KRTodo changed the file")
+    print("a second KRTodo said: " + stderr.strip().splitlines()[-1])
+
+
+def find_window_of(env, process):
+    if process.poll() is not None:
+        return []
+    found = subprocess.run(["xdotool", "search", "--all", "--onlyvisible", "--pid", str(process.pid)], env=env,
+                           capture_output=True, text=True, timeout=DEADLINE_SECONDS)
+    return found.stdout.split()
+
+
+def window_geometry(env, window):
+    """The window's position and size, as xdotool reports them."""
+    values = {}
+    for line in xdotool(env, "getwindowgeometry", "--shell", window).splitlines():
+        name, _, value = line.partition("=")
+        values[name] = int(value) if value.lstrip("-").isdigit() else value
+    return values["X"], values["Y"], values["WIDTH"], values["HEIGHT"]
 
 
 def expect_items(what, items, expected):
@@ -85,6 +143,11 @@ def run_session(app_path, out_dir):
         reopened = session.launch(lambda env: App(app_path, env, log,
                                                   os.path.join(out_dir, "KRTodo-after-kill.txt"),
                                                   database=database))
+        expect_already_open(app_path, env, database)
+        xdotool(env, "windowmove", "--sync", reopened.window, "40", "30")
+        xdotool(env, "windowsize", "--sync", reopened.window, "700", "500")
+        placed = window_geometry(env, reopened.window)
+        print(f"window placed at {placed}")
         expect_items("after the kill", reopened.quit_and_read_items(), TYPED)
 
         undoing = session.launch(lambda env: App(app_path, env, log, os.path.join(out_dir, "KRTodo-undoing.txt"),
@@ -102,6 +165,9 @@ def run_session(app_path, out_dir):
 
         restarted = session.launch(lambda env: App(app_path, env, log,
                                                    os.path.join(out_dir, "KRTodo-undone.txt"), database=database))
+        reopened_at = window_geometry(env, restarted.window)
+        if reopened_at != placed:
+            raise SessionError(f"the window reopened at {reopened_at}, not at {placed}")
         expect_items("undone, after a restart", restarted.quit_and_read_items(), UNDONE)
 
 
