@@ -1,8 +1,11 @@
 #include "KRTodoWindow.h"
 
+#include "KRTodoDatabase.h"
 #include "KRTodoDefaults.h"
+#include "KRTodoMenus.h"
 #include "KRTodoStore.h"
 
+#include "KRCheckListItemView.h"
 #include "KRCheckListView.h"
 
 #include "Foundation/KRClock.h"
@@ -12,10 +15,13 @@
 
 #include <QCoreApplication>
 #include <QDir>
+#include <QFile>
 #include <QKeyEvent>
+#include <QLabel>
 #include <QMouseEvent>
 #include <QScrollArea>
 #include <QScrollBar>
+#include <QTemporaryDir>
 #include <QTest>
 #include <QToolButton>
 
@@ -502,4 +508,52 @@ TEST(KRTodoWindowScriptTests, ChineseJapaneseAndKoreanDrawTheirOwnGlyphs) {
     EXPECT_NE(sun, hangul);
     EXPECT_NE(book, kana);
     EXPECT_NE(hangul, kana);
+}
+
+// A read-only checklist
+// -------------------------------------------------------------------------------------------------------
+
+TEST(KRTodoReadOnlyWindowTests, SaysWhyAndTakesNoChangeFromKeysMenusOrClicks) {
+    QTemporaryDir directory;
+    const QString path = directory.filePath(QStringLiteral("KRTodo.sqlite"));
+    {
+        std::shared_ptr<KRTodoDatabase> database = KRTodoDatabase::open(path);
+        const qint64 checklist = database->addChecklist(QStringLiteral("Groceries"), 1.0).value_or(0);
+        KRTodoStore::makeStore(database, checklist, QString())
+            ->insertItems({{QString(), KRTodoItem::Open, QStringLiteral("milk")}}, KRIndexSet(0), nullptr);
+    }
+    ASSERT_TRUE(QFile::setPermissions(path, QFileDevice::ReadOwner));
+    std::shared_ptr<KRTodoDatabase> database = KRTodoDatabase::open(path);
+    ASSERT_TRUE(database->isReadOnly());
+    const auto store = KRTodoStore::makeStore(database, database->checklists().at(0).identifier, QString());
+    KRTodoWindow window(store);
+    window.setReadOnly(database->message());
+    window.show();
+    window.activateWindow();
+    window.hostWidget().setFocus();
+    window.settle();
+
+    ASSERT_NE(window.readOnlyNotice(), nullptr);
+    EXPECT_TRUE(window.readOnlyNotice()->isVisible());
+    EXPECT_EQ(window.readOnlyNotice()->text(), database->message());
+    for (const KRTodoMenus::Command command :
+         {KRTodoMenus::Command::InsertBelow, KRTodoMenus::Command::Paste, KRTodoMenus::Command::Undo,
+          KRTodoMenus::Command::ToggleCompleted, KRTodoMenus::Command::MoveDown}) {
+        EXPECT_FALSE(window.menus().validate(command));
+    }
+
+    window.checkListView().beginEditingItemAtIndexSelectRange(0, KRRange{KRUIntegerMax, 0});
+    window.settle();
+    QTest::keyClicks(&window.hostWidget(), QStringLiteral("shake"));
+    QTest::keyClick(&window.hostWidget(), Qt::Key_Return);
+    QTest::keyClick(&window.hostWidget(), Qt::Key_N, Qt::ControlModifier);
+    QTest::keyClick(&window.hostWidget(), Qt::Key_D, Qt::ControlModifier);
+    window.settle();
+    KRCheckListItemView& row = *window.checkListView().checkListViewItemViewForItemAtIndex(0);
+    row.checkListItemViewValidateChangedStatus(&row, KRTodoItem::Completed);
+    window.settle();
+    EXPECT_EQ(store->dump(), QStringLiteral("open\tmilk\n"));
+    EXPECT_EQ(window.checkListView().titleForItemAtIndex(0), QStringLiteral("milk"));
+    EXPECT_EQ(window.checkListView().statusForItemAtIndex(0), KRTodoItem::Open);
+    QFile::setPermissions(path, QFileDevice::ReadOwner | QFileDevice::WriteOwner);
 }

@@ -6,7 +6,9 @@ could appear, and writes no dump).
 --database <path> keeps the items in that file: a new one gets the welcome checklist (written to the file,
 read back by sqlite3 here). A file KRTodo can't use (not SQLite, another application's, written by a newer
 KRTodo) is named on stderr with what is wrong, KRTodo exits 1, writes no dump, and the file's bytes are
-unchanged. Without a display KRTodo draws a screenshot instead of opening a window, so it ends by itself."""
+unchanged. A read-only file opens read-only: stderr says so, the items show (in the dump), and the file's
+bytes are unchanged. A file with two checklists opens on the one the window showed last. Without a display
+KRTodo draws a screenshot instead of opening a window, so it ends by itself."""
 
 import hashlib
 import os
@@ -90,6 +92,33 @@ def check_databases(app):
             leftovers = [suffix for suffix in ("-wal", "-shm", ".lock") if os.path.exists(path + suffix)]
             if leftovers:
                 failures.append(f"{name}: KRTodo left {leftovers} beside it")
+
+        # Two checklists; the window showed the second one last.
+        two = os.path.join(directory, "two.sqlite")
+        run(app, "--database", two, "--empty", "--screenshot", screenshot)
+        connection = sqlite3.connect(two)
+        connection.execute("INSERT INTO checklists (id, name, position) VALUES (2, 'Work', 2.0)")
+        connection.execute("INSERT INTO items (checklist, identifier, position, status, title) "
+                           "VALUES (2, 'w1', 1.0, 0, 'Write report'), (1, 't1', 1.0, 1, 'Buy milk')")
+        connection.execute("INSERT OR REPLACE INTO settings (key, value) VALUES ('window/checklist', '2')")
+        connection.commit()
+        connection.close()
+        reopened = run(app, "--database", two, "--screenshot", screenshot, "--dump")
+        if reopened.returncode != 0 or "open\tWrite report" not in reopened.stdout:
+            failures.append(f"two checklists: not reopened on the last one shown: {reopened.stdout!r}")
+
+        # Read-only: shown, refused, untouched.
+        os.chmod(two, 0o444)
+        before = digest(two)
+        read_only = run(app, "--database", two, "--screenshot", screenshot, "--dump")
+        line = f'KRTodo: "{two}" is read-only: KRTodo shows its items and refuses every change.'
+        if read_only.returncode != 0 or line not in read_only.stderr:
+            failures.append(f"read-only: status {read_only.returncode}, stderr {read_only.stderr!r}")
+        if "open\tWrite report" not in read_only.stdout:
+            failures.append(f"read-only: the items do not show: {read_only.stdout!r}")
+        if digest(two) != before:
+            failures.append("read-only: the file changed")
+        os.chmod(two, 0o644)
     return failures
 
 
