@@ -27,6 +27,7 @@
 #include <functional>
 #include <memory>
 #include <ostream>
+#include <random>
 #include <vector>
 
 inline void PrintTo(const KRTodoItem& item, std::ostream* os) {
@@ -344,4 +345,77 @@ TEST_F(KRTodoUndoStepTests, StepsUndoInReverseOrderAndTheUndoneStateIsWhatIsStor
     const std::shared_ptr<KRTodoStore> reopened = KRTodoStore::makeStore(database, checklist, QString());
     EXPECT_EQ(reopened->dump(),
               QStringLiteral("open\talpha\nopen\tbravo!\nopen\tcharlie\nopen\tdelta\nopen\techo\n"));
+}
+
+TEST_F(KRTodoUndoStepTests, AnyMixOfStepsUndoesBackToTheStartAndRedoesToTheEnd) {
+    const std::vector<KRTodoItem> start = store->items();
+    std::mt19937 random(7);
+    const auto pick = [&random](KRUInteger count) { return static_cast<KRUInteger>(random() % count); };
+    int steps = 0;
+    for (int round = 0; round < 60; ++round) {
+        store->noteInputEvent(&list());
+        const KRUInteger count = list().numberOfItems();
+        const int before = stack().index();
+        switch (random() % 6) {
+        case 0:
+            list().insertItemAtIndex(pick(count + 1));
+            break;
+        case 1:
+            if (count > 2) {
+                const KRUInteger first = pick(count - 1);
+                list().removeItemsAtIndexes(KRIndexSet(KRRange{first, 1 + pick(2)}));
+            }
+            break;
+        case 2:
+            if (count > 1) {
+                KRMutableIndexSet moved;
+                moved.addIndex(pick(count));
+                moved.addIndex(pick(count));
+                list().moveItemsAtIndexesToIndex(moved, pick(count + 1));
+            }
+            break;
+        case 3:
+            if (count > 0) {
+                list().setStatusForItemsAtIndexes(pick(3), KRIndexSet(pick(count)));
+            }
+            break;
+        case 4:
+            if (count > 0) {
+                list().beginEditingItemAtIndexSelectRange(pick(count), KRRange{pick(4), 0});
+                store->noteInputEvent(&list());
+                list().doCommandBySelector(KRSelector("insertNewline:"));
+            }
+            break;
+        default:
+            if (count > 1) {
+                list().beginEditingItemAtIndexSelectRange(1 + pick(count - 1), KRRange{0, 0});
+                store->noteInputEvent(&list());
+                list().doCommandBySelector(KRSelector("deleteBackward:"));
+            }
+            break;
+        }
+        settle();
+        ASSERT_LE(stack().index(), before + 1) << "one step at most, round " << round;
+        steps += stack().index() - before;
+        ASSERT_EQ(storedItems(), storeItems()) << "round " << round;
+    }
+    ASSERT_GT(steps, 30);
+    const std::vector<KRTodoItem> end = store->items();
+    while (stack().canUndo()) {
+        store->undo(&list());
+        settle();
+    }
+    EXPECT_EQ(store->items(), start);
+    EXPECT_EQ(storedItems(), start);
+    EXPECT_EQ(list().numberOfItems(), start.size());
+    while (stack().canRedo()) {
+        store->redo(&list());
+        settle();
+    }
+    EXPECT_EQ(store->items(), end);
+    EXPECT_EQ(storedItems(), end);
+    for (KRUInteger index = 0; index < list().numberOfItems(); ++index) {
+        EXPECT_EQ(list().titleForItemAtIndex(index), end[index].title) << "row " << index;
+        EXPECT_EQ(list().statusForItemAtIndex(index), end[index].status) << "row " << index;
+    }
 }
