@@ -1,6 +1,7 @@
 #pragma once
 
-#include "KRTodoItem.h"
+#include "KRTodoChecklistRecord.h"
+#include "KRTodoItemRecord.h"
 
 #include <QLockFile>
 #include <QString>
@@ -12,19 +13,6 @@
 #include <vector>
 
 class QSqlDatabase;
-
-// One checklist as the database keeps it: its row, its name and its place among the others.
-struct KRTodoChecklistRecord {
-    qint64 identifier = 0;
-    QString name;
-    double position = 0.0;
-};
-
-// An item with the key that orders it within its checklist.
-struct KRTodoItemRecord {
-    KRTodoItem item;
-    double position = 0.0;
-};
 
 // KRTodo's SQLite file: checklists and their items, and a few settings of the window.
 //

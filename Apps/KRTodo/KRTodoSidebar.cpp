@@ -76,7 +76,7 @@ void KRTodoSidebar::setCurrentChecklistChangedHandler(std::function<void(qint64)
 
 void KRTodoSidebar::setCurrentChecklist(qint64 checklist) {
     m_current = checklist;
-    refresh();
+    scheduleRefresh();
 }
 
 void KRTodoSidebar::scheduleRefresh() {

@@ -24,7 +24,7 @@ public:
     QToolButton& moveDownButton() const { return *m_moveDownButton; }
 
     qint64 currentChecklist() const { return m_current; }
-    // Shows checklist as the current one, without telling the handler.
+    // Makes checklist the current one, without telling the handler; the sidebar shows it on the next turn.
     void setCurrentChecklist(qint64 checklist);
     // Told when the user picks another checklist, or the current one goes away.
     void setCurrentChecklistChangedHandler(std::function<void(qint64)> handler);

@@ -70,7 +70,11 @@ QString KRTodoWindow::titleForChecklist(const QString& name) {
     return name.isEmpty() ? QStringLiteral("KRTodo") : QStringLiteral("%1 \u2014 KRTodo").arg(name);
 }
 
-void KRTodoWindow::setReadOnly(const QString& reason) {
+QString KRTodoWindow::checklistSettingKey() {
+    return QStringLiteral("window/checklist");
+}
+
+void KRTodoWindow::showReadOnlyReason(const QString& reason) {
     if (!m_readOnlyNotice) {
         m_readOnlyNotice = new QLabel;
         m_readOnlyNotice->setWordWrap(true);
@@ -122,7 +126,7 @@ void KRTodoWindow::detachStore() {
     m_store->setDidBeginEditingHandler(nullptr);
 }
 
-void KRTodoWindow::setStore(std::shared_ptr<KRTodoStore> store) {
+void KRTodoWindow::showStore(std::shared_ptr<KRTodoStore> store) {
     if (!store || store == m_store) {
         return;
     }
@@ -140,13 +144,13 @@ void KRTodoWindow::setStore(std::shared_ptr<KRTodoStore> store) {
     m_scrollArea->verticalScrollBar()->setValue(0);
 }
 
-void KRTodoWindow::setChecklists(KRTodoChecklists& checklists) {
+void KRTodoWindow::showChecklists(KRTodoChecklists& checklists) {
     m_checklists = &checklists;
     m_sidebar = new KRTodoSidebar(checklists);
     m_sidebar->setCurrentChecklist(m_store->checklist());
     m_sidebar->setCurrentChecklistChangedHandler([this](qint64 checklist) {
-        setStore(m_checklists->store(checklist));
-        m_checklists->database().setSetting(QStringLiteral("window/checklist"), QString::number(checklist));
+        showStore(m_checklists->store(checklist));
+        m_checklists->database().setSetting(checklistSettingKey(), QString::number(checklist));
     });
     checklists.setChangedHandler([this] {
         m_sidebar->scheduleRefresh();

@@ -31,9 +31,9 @@ public:
     KRTodoStore& store() const { return *m_store; }
     const std::shared_ptr<KRTodoStore>& sharedStore() const { return m_store; }
     // Shows another checklist's store in the list, with its own undo history.
-    void setStore(std::shared_ptr<KRTodoStore> store);
+    void showStore(std::shared_ptr<KRTodoStore> store);
     // Shows the checklists in a sidebar, by which the user picks, adds, renames, deletes and reorders them.
-    void setChecklists(KRTodoChecklists& checklists);
+    void showChecklists(KRTodoChecklists& checklists);
     KRTodoSidebar* sidebar() const { return m_sidebar; }
     KRCheckListView& checkListView() const { return *m_checkListView; }
     KRHostWidget& hostWidget() const { return *m_hostWidget; }
@@ -47,8 +47,10 @@ public:
 
     // "Groceries — KRTodo": the checklist's name, or the app's alone while it has none.
     static QString titleForChecklist(const QString& name);
+    // The database setting that names the checklist the window shows, so that it reopens on it.
+    static QString checklistSettingKey();
     // Shows that the checklist can't be changed and why, and lets no key or menu change it.
-    void setReadOnly(const QString& reason);
+    void showReadOnlyReason(const QString& reason);
 
     // The caret of the edited title in the host widget's coordinates; null when nothing is edited.
     QRect caretRectInHostWidget() const;

@@ -34,7 +34,7 @@ struct Options {
 
 // The settings the window keeps in the database.
 const QString kGeometrySetting = QStringLiteral("window/geometry");
-const QString kChecklistSetting = QStringLiteral("window/checklist");
+const QString kChecklistSetting = KRTodoWindow::checklistSettingKey();
 
 // What the command line asks for, or the exit status when it asks only for help or the version, or is
 // wrong: help and version go to stdout with status 0, mistakes to stderr with status 2.
@@ -236,10 +236,10 @@ int main(int argc, char** argv) {
     }
     database->setSetting(kChecklistSetting, QString::number(checklist->identifier));
     KRTodoWindow window(store);
-    window.setChecklists(checklists);
+    window.showChecklists(checklists);
     if (database->isReadOnly()) {
         std::fprintf(stderr, "KRTodo: %s\n", qPrintable(database->message()));
-        window.setReadOnly(database->message());
+        window.showReadOnlyReason(database->message());
     }
     // The window comes back where it was, as large as it was.
     const QByteArray geometry = QByteArray::fromBase64(database->setting(kGeometrySetting).toLatin1());

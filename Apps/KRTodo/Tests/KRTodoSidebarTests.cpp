@@ -49,7 +49,7 @@ protected:
                                              KRIndexSet(0), nullptr);
         checklists->undoStack().clear();
         window = std::make_unique<KRTodoWindow>(checklists->store(groceries));
-        window->setChecklists(*checklists);
+        window->showChecklists(*checklists);
         window->show();
         window->activateWindow();
         window->hostWidget().setFocus();

@@ -527,7 +527,7 @@ TEST(KRTodoReadOnlyWindowTests, SaysWhyAndTakesNoChangeFromKeysMenusOrClicks) {
     ASSERT_TRUE(database->isReadOnly());
     const auto store = KRTodoStore::makeStore(database, database->checklists().at(0).identifier, QString());
     KRTodoWindow window(store);
-    window.setReadOnly(database->message());
+    window.showReadOnlyReason(database->message());
     window.show();
     window.activateWindow();
     window.hostWidget().setFocus();
