@@ -610,8 +610,11 @@ void KRTodoStore::removeItemInsertedByCommandIfStillEmpty(KRCheckListView* check
     m_mergeIntoStep = 0;
 }
 
-bool KRTodoStore::checkListViewTextViewDoCommandBySelector(KRCheckListView*, KRTextView*, const KRSelector&) {
+bool KRTodoStore::checkListViewTextViewDoCommandBySelector(KRCheckListView*, KRTextView*,
+                                                           const KRSelector& selector) {
     m_itemEndedByCommand.clear();
+    // A line pasted into a title is typed into it, but undoes as the paste it was.
+    m_pasting = selector == "paste:";
     return false;
 }
 
@@ -770,6 +773,7 @@ void KRTodoStore::noteInputEvent(KRCheckListView* checkListView) {
         return;
     }
     closeTurnStep(checkListView);
+    m_pasting = false;
     m_stateBeforeInput = listState(checkListView);
     m_hasStateBeforeInput = true;
     // Whatever the last step left settles before the next input (a paste begins its edit a turn later):
@@ -844,7 +848,7 @@ void KRTodoStore::record(KRTodoChange change, bool typing, KRCheckListView* chec
     KRTodoUndoStep::Kind kind = KRTodoUndoStep::Kind::Command;
     if (m_mergeIntoStep != 0) {
         number = m_mergeIntoStep;
-    } else if (typing && m_turnStepNumber == 0) {
+    } else if (typing && m_turnStepNumber == 0 && !m_pasting) {
         const QString& identifier =
             change.index < m_items.size() ? m_items[change.index].identifier : QString();
         if (m_typingStepNumber == 0 || m_typingIdentifier != identifier) {
@@ -860,7 +864,7 @@ void KRTodoStore::record(KRTodoChange change, bool typing, KRCheckListView* chec
             scheduleTurnEnd(checkListView);
         }
         number = m_turnStepNumber;
-        if (m_turnIsPaste) {
+        if (m_turnIsPaste || m_pasting) {
             kind = KRTodoUndoStep::Kind::Paste;
         }
     }

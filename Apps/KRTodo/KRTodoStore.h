@@ -198,6 +198,8 @@ private:
     int m_lastStepNumber = 0;
     int m_turnStepNumber = 0;
     bool m_turnIsPaste = false;
+    // The command being handled is a paste (from the veto the list offers first, until the next input).
+    bool m_pasting = false;
     int m_typingStepNumber = 0;
     QString m_typingIdentifier;
     int m_itemInsertedByCommandStep = 0;

@@ -321,6 +321,19 @@ TEST_F(KRTodoUndoStepTests, APasteOfFiveLinesIsOneStep) {
     EXPECT_EQ(store->items()[7].title, QStringLiteral("five"));
 }
 
+TEST_F(KRTodoUndoStepTests, ALinePastedIntoATitleIsOneStepNamedPaste) {
+    KRPasteboard& pasteboard = *KRPasteboard::generalPasteboard();
+    pasteboard.declareTypes({KRPasteboardTypeString}, nullptr);
+    pasteboard.setString(QStringLiteral(" and more"), KRPasteboardTypeString);
+    edit(1, KRRange{5, 0});
+    type(QStringLiteral("!"));
+    expectOneStep(QStringLiteral("Paste"), [&] { press(Qt::Key_V, Qt::ControlModifier); });
+    EXPECT_EQ(store->items()[1].title, QStringLiteral("bravo! and more"));
+    press(Qt::Key_Z, Qt::ControlModifier);
+    EXPECT_EQ(action(Command::Undo).text(), QStringLiteral("&Undo Typing"))
+        << "the typing before it is a step";
+}
+
 TEST_F(KRTodoUndoStepTests, StepsUndoInReverseOrderAndTheUndoneStateIsWhatIsStored) {
     edit(1, KRRange{5, 0});
     type(QStringLiteral("!"));
