@@ -23,3 +23,7 @@ double KRTodoDefaults::typingCommitDelay() {
 int KRTodoDefaults::sidebarWidth() {
     return 170;
 }
+
+QSize KRTodoDefaults::shortcutsWindowSize() {
+    return QSize(620, 640);
+}

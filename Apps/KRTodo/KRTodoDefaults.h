@@ -1,5 +1,7 @@
 #pragma once
 
+#include <QSize>
+
 // The application's own metrics and speeds. No instances and no state.
 class KRTodoDefaults {
 public:
@@ -19,4 +21,7 @@ public:
 
     // The checklists' sidebar's width when the window first shows it (the window grows by as much).
     static int sidebarWidth();
+
+    // The first size of the Keyboard Shortcuts window.
+    static QSize shortcutsWindowSize();
 };

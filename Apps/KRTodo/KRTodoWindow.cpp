@@ -3,6 +3,7 @@
 #include "KRTodoChecklists.h"
 #include "KRTodoDefaults.h"
 #include "KRTodoMenus.h"
+#include "KRTodoShortcutsWindow.h"
 #include "KRTodoSidebar.h"
 #include "KRTodoStore.h"
 
@@ -18,8 +19,11 @@
 #include <QCoreApplication>
 #include <QDockWidget>
 #include <QEvent>
+#include <QFocusEvent>
 #include <QKeyEvent>
 #include <QLabel>
+#include <QMenu>
+#include <QMenuBar>
 #include <QMouseEvent>
 #include <QPointer>
 #include <QScrollArea>
@@ -61,6 +65,7 @@ KRTodoWindow::KRTodoWindow(std::shared_ptr<KRTodoStore> store, QWidget* parent)
         }
     });
     followFocusForUndo();
+    setUpHelpMenu();
     resize(kInitialWindowWidth, kInitialWindowHeight);
     m_checkListView->reloadItems();
     setUpEmptyHint();
@@ -104,11 +109,34 @@ void KRTodoWindow::setUpCheckListView() {
     m_hostWidget->installEventFilter(this);
 }
 
+void KRTodoWindow::setUpHelpMenu() {
+    QMenu* help = menuBar()->addMenu(QStringLiteral("&Help"));
+    QAction* shortcuts = help->addAction(QStringLiteral("&Keyboard Shortcuts"));
+    QObject::connect(shortcuts, &QAction::triggered, this, [this] { showKeyboardShortcuts(); });
+}
+
+KRTodoShortcutsWindow& KRTodoWindow::keyboardShortcutsWindow() {
+    if (!m_shortcutsWindow) {
+        m_shortcutsWindow = new KRTodoShortcutsWindow(*this);
+    }
+    return *m_shortcutsWindow;
+}
+
+void KRTodoWindow::showKeyboardShortcuts() {
+    KRTodoShortcutsWindow& window = keyboardShortcutsWindow();
+    window.refresh();
+    window.show();
+    window.raise();
+    window.activateWindow();
+}
+
 void KRTodoWindow::setUpScrollArea() {
     m_scrollArea = new QScrollArea;
     m_scrollArea->setFrameShape(QFrame::NoFrame);
     m_scrollArea->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
     m_scrollArea->setWidgetResizable(true);
+    // The list inside takes the focus; the frame around it is no stop of its own for Tab.
+    m_scrollArea->setFocusPolicy(Qt::NoFocus);
     m_scrollArea->setWidget(m_hostWidget);
     setCentralWidget(m_scrollArea);
     m_hostWidget->setFocus();
@@ -210,7 +238,8 @@ void KRTodoWindow::setUpEmptyHint() {
     m_addButton->setText(QStringLiteral("+"));
     m_addButton->setToolTip(QStringLiteral("Add an item"));
     m_addButton->setAccessibleName(QStringLiteral("Add Item"));
-    m_addButton->setFocusPolicy(Qt::NoFocus);
+    // Reached with Tab from the list, but a click leaves the focus in the list it adds to.
+    m_addButton->setFocusPolicy(Qt::TabFocus);
     layout->addWidget(text);
     layout->addWidget(m_addButton, 0, Qt::AlignHCenter);
     QObject::connect(m_addButton, &QToolButton::clicked, this, [this] { addItemFromButton(); });
@@ -279,6 +308,11 @@ bool KRTodoWindow::eventFilter(QObject* watched, QEvent* event) {
         if (scrollByPageForKey(*static_cast<QKeyEvent*>(event))) {
             return true;
         }
+        if (const int key = static_cast<QKeyEvent*>(event)->key();
+            key == Qt::Key_Tab || key == Qt::Key_Backtab) {
+            // When the focus goes round to the list again, the item that was edited is the one selected.
+            selectItemAfterFocusMove(m_checkListView->indexForEditedItem());
+        }
         // Typing and moving between rows move the caret, and may add rows that the host has yet to grow for.
         scheduleCaretReveal();
         break;
@@ -288,6 +322,16 @@ bool KRTodoWindow::eventFilter(QObject* watched, QEvent* event) {
     case QEvent::Resize:
         updateEmptyHint();
         break;
+    case QEvent::FocusIn: {
+        const Qt::FocusReason reason = static_cast<QFocusEvent*>(event)->reason();
+        if (reason == Qt::TabFocusReason || reason == Qt::BacktabFocusReason) {
+            // Tabbing in from another control hands the keys to the list, which edits as it always does
+            // when made first responder; if it had them already, an item is selected instead.
+            m_hostWidget->krWindow().makeFirstResponder(m_checkListView.get());
+            selectItemAfterFocusMove(reason == Qt::TabFocusReason ? 0 : m_checkListView->numberOfItems() - 1);
+        }
+        break;
+    }
     case QEvent::MouseButtonDblClick:
         if (insertItemForDoubleClickBelowRows(*static_cast<QMouseEvent*>(event))) {
             return true;
@@ -305,6 +349,21 @@ bool KRTodoWindow::eventFilter(QObject* watched, QEvent* event) {
         break;
     }
     return QMainWindow::eventFilter(watched, event);
+}
+
+void KRTodoWindow::selectItemAfterFocusMove(KRUInteger index) {
+    KRRunLoop::main().performAfterDelay(0.0, [window = QPointer<KRTodoWindow>(this), index] {
+        if (!window) {
+            return;
+        }
+        KRCheckListView& list = *window->m_checkListView;
+        const bool listHasTheKeys =
+            window->m_hostWidget->hasFocus() && window->m_hostWidget->krWindow().firstResponder() == &list;
+        if (listHasTheKeys && index < list.numberOfItems() && list.indexForEditedItem() == KRNotFound &&
+            list.indexesForSelectedItems().count() == 0) {
+            list.selectItemsAtIndexesByExtendingSelection(KRIndexSet(index), false);
+        }
+    });
 }
 
 // Page Up and Page Down scroll by a page whatever is edited or selected, and leave both as they are.

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "Foundation/KRTypes.h"
+
 #include <QImage>
 #include <QMainWindow>
 #include <QPointF>
@@ -11,6 +13,7 @@ class KRCheckListView;
 class KRHostWidget;
 class KRTodoChecklists;
 class KRTodoMenus;
+class KRTodoShortcutsWindow;
 class KRTodoSidebar;
 class KRTodoStore;
 class QKeyEvent;
@@ -51,6 +54,9 @@ public:
     static QString checklistSettingKey();
     // Shows that the checklist can't be changed and why, and lets no key or menu change it.
     void showReadOnlyReason(const QString& reason);
+    // Help › Keyboard Shortcuts, made when first asked for.
+    KRTodoShortcutsWindow& keyboardShortcutsWindow();
+    void showKeyboardShortcuts();
 
     // The caret of the edited title in the host widget's coordinates; null when nothing is edited.
     QRect caretRectInHostWidget() const;
@@ -77,6 +83,7 @@ private:
     void attachStore();
     void detachStore();
     void followFocusForUndo();
+    void setUpHelpMenu();
     void setUpScrollArea();
     void scheduleHeightUpdate();
     void updateHeight();
@@ -86,6 +93,9 @@ private:
     void addItemFromButton();
     bool scrollByPageForKey(const QKeyEvent& event);
     static bool isKeyAllowedWhileReadOnly(const QKeyEvent& event);
+    // After Tab or Shift+Tab leaves the list focused with nothing edited or selected, the item at index is
+    // selected on the next turn, so that the arrows, Return and Delete have something to act on.
+    void selectItemAfterFocusMove(KRUInteger index);
     bool isBelowRows(const QMouseEvent& event) const;
     void endEditingForPressBelowRows(const QMouseEvent& event);
     bool insertItemForDoubleClickBelowRows(const QMouseEvent& event);
@@ -104,7 +114,7 @@ private:
     QLabel* m_readOnlyNotice = nullptr;
     KRTodoChecklists* m_checklists = nullptr;
     KRTodoSidebar* m_sidebar = nullptr;
-    bool m_undoFollowsChecklists = false;
+    KRTodoShortcutsWindow* m_shortcutsWindow = nullptr;
     bool m_heightUpdateScheduled = false;
     bool m_caretRevealScheduled = false;
     // The pointer of the running drag (screen coordinates), and the auto-scroll steps: when the last one

@@ -7,8 +7,11 @@
 #include "Animation/EZAnimationContext.h"
 #include "Animation/EZInterpolationFunctions.h"
 #include "Animation/KRAnimationDurationMultiplier.h"
+#include "Foundation/KRAssertionHandler.h"
 #include "Foundation/KRRunLoop.h"
 #include "Views/KRWindow.h"
+
+#include <algorithm>
 
 namespace {
 
@@ -24,38 +27,52 @@ KRRange caretAt(KRUInteger location) {
     return KRRange{location, 0};
 }
 
+// The name of a command of the table; a name missing from it is the program's error, so that what help
+// shows can never fall behind what the list does.
+KRSelector listed(const char* name) {
+    const std::vector<KRCheckListView::KeyCommand>& table = KRCheckListView::keyCommands();
+    const bool found =
+        std::any_of(table.begin(), table.end(), [name](const KRCheckListView::KeyCommand& command) {
+            return qstrcmp(command.selector, name) == 0;
+        });
+    KRAssert(found, QStringLiteral("keyCommands"), nullptr, QStringLiteral("KRCheckListView"), __LINE__,
+             QStringLiteral("%1 is missing from the command table").arg(QLatin1String(name)));
+    return KRSelector(name);
+}
+
 // The selectors the list tells apart, made once.
 struct Commands {
-    KRSelector cancelOperation{"cancelOperation:"};
-    KRSelector deleteBackward{"deleteBackward:"};
-    KRSelector deleteForward{"deleteForward:"};
-    KRSelector deleteToBeginningOfLine{"deleteToBeginningOfLine:"};
-    KRSelector deleteToEndOfLine{"deleteToEndOfLine:"};
-    KRSelector insertNewline{"insertNewline:"};
-    KRSelector insertLineBreak{"insertLineBreak:"};
-    KRSelector moveUp{"moveUp:"};
-    KRSelector moveDown{"moveDown:"};
-    KRSelector moveLeft{"moveLeft:"};
-    KRSelector moveRight{"moveRight:"};
-    KRSelector moveToLeftEndOfLine{"moveToLeftEndOfLine:"};
-    KRSelector moveToRightEndOfLine{"moveToRightEndOfLine:"};
-    KRSelector moveWordLeft{"moveWordLeft:"};
-    KRSelector moveWordRight{"moveWordRight:"};
-    KRSelector moveUpAndModifySelection{"moveUpAndModifySelection:"};
-    KRSelector moveParagraphBackwardAndModifySelection{"moveParagraphBackwardAndModifySelection:"};
-    KRSelector moveDownAndModifySelection{"moveDownAndModifySelection:"};
-    KRSelector moveParagraphForwardAndModifySelection{"moveParagraphForwardAndModifySelection:"};
-    KRSelector moveToBeginningOfParagraph{"moveToBeginningOfParagraph:"};
-    KRSelector moveToEndOfParagraph{"moveToEndOfParagraph:"};
-    KRSelector moveToBeginningOfDocument{"moveToBeginningOfDocument:"};
-    KRSelector moveToEndOfDocument{"moveToEndOfDocument:"};
-    KRSelector moveToBeginningOfDocumentAndModifySelection{"moveToBeginningOfDocumentAndModifySelection:"};
-    KRSelector moveToEndOfDocumentAndModifySelection{"moveToEndOfDocumentAndModifySelection:"};
-    KRSelector selectAll{"selectAll:"};
-    KRSelector paste{"paste:"};
-    KRSelector noop{"noop:"};
-    KRSelector insertTab{"insertTab:"};
-    KRSelector insertBacktab{"insertBacktab:"};
+    KRSelector cancelOperation = listed("cancelOperation:");
+    KRSelector deleteBackward = listed("deleteBackward:");
+    KRSelector deleteForward = listed("deleteForward:");
+    KRSelector deleteToBeginningOfLine = listed("deleteToBeginningOfLine:");
+    KRSelector deleteToEndOfLine = listed("deleteToEndOfLine:");
+    KRSelector insertNewline = listed("insertNewline:");
+    KRSelector insertLineBreak = listed("insertLineBreak:");
+    KRSelector moveUp = listed("moveUp:");
+    KRSelector moveDown = listed("moveDown:");
+    KRSelector moveLeft = listed("moveLeft:");
+    KRSelector moveRight = listed("moveRight:");
+    KRSelector moveToLeftEndOfLine = listed("moveToLeftEndOfLine:");
+    KRSelector moveToRightEndOfLine = listed("moveToRightEndOfLine:");
+    KRSelector moveWordLeft = listed("moveWordLeft:");
+    KRSelector moveWordRight = listed("moveWordRight:");
+    KRSelector moveUpAndModifySelection = listed("moveUpAndModifySelection:");
+    KRSelector moveParagraphBackwardAndModifySelection = listed("moveParagraphBackwardAndModifySelection:");
+    KRSelector moveDownAndModifySelection = listed("moveDownAndModifySelection:");
+    KRSelector moveParagraphForwardAndModifySelection = listed("moveParagraphForwardAndModifySelection:");
+    KRSelector moveToBeginningOfParagraph = listed("moveToBeginningOfParagraph:");
+    KRSelector moveToEndOfParagraph = listed("moveToEndOfParagraph:");
+    KRSelector moveToBeginningOfDocument = listed("moveToBeginningOfDocument:");
+    KRSelector moveToEndOfDocument = listed("moveToEndOfDocument:");
+    KRSelector moveToBeginningOfDocumentAndModifySelection =
+        listed("moveToBeginningOfDocumentAndModifySelection:");
+    KRSelector moveToEndOfDocumentAndModifySelection = listed("moveToEndOfDocumentAndModifySelection:");
+    KRSelector selectAll = listed("selectAll:");
+    KRSelector paste = listed("paste:");
+    KRSelector noop = listed("noop:");
+    KRSelector insertTab = listed("insertTab:");
+    KRSelector insertBacktab = listed("insertBacktab:");
 };
 
 const Commands& commands() {
@@ -100,6 +117,55 @@ struct KRCheckListView::CommandContext {
 
 // Entry points
 // ------------------------------------------------------------------------------------------------------
+
+// A modified Return commits whatever command the key bindings made of it.
+bool KRCheckListView::isCommitKey(unsigned short keyCode, KREventModifierFlags modifierFlags) {
+    constexpr KREventModifierFlags commitModifiers = KREventModifierFlagOption | KREventModifierFlagCommand |
+                                                     KREventModifierFlagShift | KREventModifierFlagControl;
+    return keyCode == KRKeyCode::Return && (modifierFlags & commitModifiers);
+}
+
+const std::vector<KRCheckListView::KeyCommand>& KRCheckListView::keyCommands() {
+    static const std::vector<KeyCommand> table = {
+        {"cancelOperation:", "Stop editing and clear the selection"},
+        {"deleteBackward:", "Delete the selected items; at the start of a title, join it to the item above"},
+        {"deleteForward:", "Delete the selected items; at the end of a title, join the item below to it"},
+        {"deleteToBeginningOfLine:", "Delete the edited or selected items"},
+        {"deleteToEndOfLine:", "Delete the edited or selected items"},
+        {"insertNewline:",
+         "Split the title at the caret into two items; with items selected, add one below them"},
+        {"insertLineBreak:",
+         "Split the title at the caret into two items; with items selected, add one below them"},
+        {"moveUp:", "From the first line of a title, go on to the item above"},
+        {"moveDown:", "From the last line of a title, go on to the item below"},
+        {"moveLeft:", "From the start of a title, go to the end of the item above"},
+        {"moveRight:", "From the end of a title, go to the start of the item below"},
+        {"moveToLeftEndOfLine:", "With items selected, edit the first at its start"},
+        {"moveToRightEndOfLine:", "With items selected, edit the last at its end"},
+        {"moveWordLeft:", "Word by word to the left, on into the item above"},
+        {"moveWordRight:", "Word by word to the right, on into the item below"},
+        {"moveUpAndModifySelection:", "Select items upward"},
+        {"moveParagraphBackwardAndModifySelection:", "Select items upward"},
+        {"moveDownAndModifySelection:", "Select items downward"},
+        {"moveParagraphForwardAndModifySelection:", "Select items downward"},
+        {"moveToBeginningOfParagraph:", "To the start of the title, then to the start of the item above"},
+        {"moveToEndOfParagraph:", "To the end of the title, then to the end of the item below"},
+        {"moveToBeginningOfDocument:", "Move the edited or selected items up"},
+        {"moveToEndOfDocument:", "Move the edited or selected items down"},
+        {"moveToBeginningOfDocumentAndModifySelection:", "Select from the edited item up to the first"},
+        {"moveToEndOfDocumentAndModifySelection:", "Select from the edited item down to the last"},
+        {"selectAll:", "Select the whole title, then every item"},
+        {"paste:", "Paste items, or a line of text into the edited title"},
+        {"noop:", "Move the edited or selected items to the top or to the bottom", "⌘⌥↑, ⌘⌥↓",
+         "Ctrl+Alt+Up, Ctrl+Alt+Down"},
+        {"insertTab:", "Stop editing and move the focus on"},
+        {"insertBacktab:", "Stop editing and move the focus back"},
+        // Whatever command a modified Return is bound to (see isCommitKey).
+        {"", "Stop editing and keep the title as it is", "⇧↩, ⌥↩, ⌘↩, ⌃↩",
+         "Shift+Enter, Alt+Enter, Ctrl+Enter, Meta+Enter"},
+    };
+    return table;
+}
 
 void KRCheckListView::keyDown(const KREvent& event) {
     m_didHandleLastKeyDownEvent = false;
@@ -296,10 +362,7 @@ bool KRCheckListView::checkListViewApplyCommand(const KRSelector& selector, cons
         deleteEditedOrSelectedItemsForward();
         return true;
     }
-    // A modified Return commits whatever command the key bindings made of it.
-    constexpr KREventModifierFlags commitModifiers = KREventModifierFlagOption | KREventModifierFlagCommand |
-                                                     KREventModifierFlagShift | KREventModifierFlagControl;
-    if (context.keyCode == KRKeyCode::Return && (context.modifierFlags & commitModifiers)) {
+    if (isCommitKey(context.keyCode, context.modifierFlags)) {
         endEditing();
         checkListViewDidCommitEditing(this);
         return true;

@@ -322,6 +322,17 @@ public:
     void keyDown(const KREvent& event) override;
     void doCommandBySelector(const KRSelector& selector) override;
     bool checkListViewHandleCommand(const KRSelector& selector);
+    // Every command the list acts on, with what it does in words a user reads; the list recognises only
+    // the commands named here. Keys come from the key bindings, except for chords the list reads itself.
+    struct KeyCommand {
+        const char* selector;
+        const char* summary;
+        const char* chordMac = nullptr; // keys the list reads itself instead of a bound command
+        const char* chordOther = nullptr;
+    };
+    static const std::vector<KeyCommand>& keyCommands();
+    // Return with Option, Command, Shift or Control ends editing, whatever command it is bound to.
+    static bool isCommitKey(unsigned short keyCode, KREventModifierFlags modifierFlags);
 
     // Layout and geometry --------------------------------------------------------------------------------
     KRCheckListViewLayout checkListViewLayoutForSize(KRSize size) const;

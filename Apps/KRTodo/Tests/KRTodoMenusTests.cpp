@@ -159,12 +159,13 @@ std::vector<std::pair<Command, bool>> itemPredicates(const KRCheckListView& list
 
 } // namespace
 
-TEST_F(KRTodoMenusTests, MenuBarHasFileEditAndItemMenus) {
+TEST_F(KRTodoMenusTests, MenuBarHasFileEditItemAndHelpMenus) {
     const QList<QAction*> bar = window->menuBar()->actions();
-    ASSERT_EQ(bar.size(), 3);
+    ASSERT_EQ(bar.size(), 4);
     EXPECT_EQ(bar[0]->menu(), &menus().fileMenu());
     EXPECT_EQ(bar[1]->menu(), &menus().editMenu());
     EXPECT_EQ(bar[2]->menu(), &menus().itemMenu());
+    EXPECT_EQ(bar[3]->text(), QStringLiteral("&Help"));
 
     QStringList editTexts;
     for (const QAction* item : menus().editMenu().actions()) {

@@ -13,6 +13,7 @@
 #include "KRCheckListDraggingSession.h"
 #include "Platform/KRHostWidget.h"
 
+#include <QApplication>
 #include <QCoreApplication>
 #include <QDir>
 #include <QFile>
@@ -240,6 +241,33 @@ TEST_F(KRTodoWindowTests, PageDownAndPageUpScrollByAPageAndKeepTheEdit) {
     EXPECT_EQ(store->items()[0].title, QStringLiteral("Renew passport"));
 }
 
+// With no other control in the window, Tab ends the edit, the focus stays in the list and the item that
+// was edited is selected, so the list's keys go on working: Down edits the item below it.
+TEST_F(KRTodoWindowTests, TabWhileEditingEndsTheEditSelectsTheItemAndTheFocusStaysInTheList) {
+    QApplication::setActiveWindow(&window); // a window kept off the screen is activated by hand
+    ASSERT_EQ(QApplication::activeWindow(), &window) << "the window must be active to hold the focus";
+    window.hostWidget().setFocus(Qt::OtherFocusReason);
+    click(centreInHost(*row(1).titleTextField()));
+    window.settle();
+    ASSERT_EQ(window.checkListView().indexForEditedItem(), 1u);
+
+    QTest::keyClick(&window.hostWidget(), Qt::Key_Tab);
+    window.settle();
+    EXPECT_EQ(window.checkListView().indexForEditedItem(), KRNotFound);
+    EXPECT_TRUE(window.hostWidget().hasFocus());
+    EXPECT_EQ(window.hostWidget().krWindow().firstResponder(), &window.checkListView());
+    EXPECT_EQ(window.checkListView().indexesForSelectedItems(), KRIndexSet(1));
+
+    QTest::keyClick(&window.hostWidget(), Qt::Key_Backtab, Qt::ShiftModifier);
+    window.settle();
+    EXPECT_TRUE(window.hostWidget().hasFocus());
+    EXPECT_EQ(window.checkListView().indexesForSelectedItems(), KRIndexSet(1));
+
+    pressKey(Qt::Key_Down);
+    window.settle();
+    EXPECT_EQ(window.checkListView().indexForEditedItem(), 2u);
+}
+
 TEST_F(KRTodoWindowTests, ClickBelowTheRowsEndsEditing) {
     const int below = fittingHeight() + 10;
     ASSERT_LT(below, window.hostWidget().height());
@@ -454,6 +482,25 @@ TEST_F(KRTodoEmptyWindowTests, TheAddButtonAddsAnItemToTypeIntoAndTheHintGoes) {
     }
     window.settle();
     EXPECT_EQ(store->items()[0].title, QStringLiteral("Milk"));
+}
+
+// Tab goes from the list to the + button and back, and the list has the keys again.
+TEST_F(KRTodoEmptyWindowTests, TabGoesFromTheListToTheAddButtonAndBack) {
+    QApplication::setActiveWindow(&window); // a window kept off the screen is activated by hand
+    ASSERT_EQ(QApplication::activeWindow(), &window) << "the window must be active to hold the focus";
+    window.hostWidget().setFocus(Qt::OtherFocusReason);
+    for (int round = 0; round < 2; ++round) {
+        QTest::keyClick(&window.hostWidget(), Qt::Key_Tab);
+        EXPECT_TRUE(window.addButton().hasFocus()) << "round " << round;
+        QTest::keyClick(&window.addButton(), Qt::Key_Tab);
+        EXPECT_TRUE(window.hostWidget().hasFocus()) << "round " << round;
+        EXPECT_EQ(window.hostWidget().krWindow().firstResponder(), &window.checkListView());
+    }
+    QTest::keyClick(&window.hostWidget(), Qt::Key_Backtab, Qt::ShiftModifier);
+    EXPECT_TRUE(window.addButton().hasFocus());
+    QTest::keyClick(&window.addButton(), Qt::Key_Space);
+    window.settle();
+    EXPECT_EQ(store->count(), 1u) << "the button focused by Tab adds an item with Space";
 }
 
 TEST_F(KRTodoEmptyWindowTests, TheHintComesBackWhenTheLastItemGoes) {

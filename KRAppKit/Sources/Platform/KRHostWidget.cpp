@@ -296,6 +296,7 @@ KRHostWidget::KRHostWidget(QWidget* parent) : QWidget(parent), m_window(std::mak
     setAttribute(Qt::WA_OpaquePaintEvent);
 
     m_window->setDisplayHandler([this](KRRect dirtyRect) { windowWantsDisplay(dirtyRect); });
+    m_window->setKeyViewLoopExitHandler([this](bool forward) { return passFocusToAdjacentWidget(forward); });
 
     if (hosts().empty()) {
         KRCursor::setCursorChangeHandler(applyCursor);
@@ -313,6 +314,7 @@ KRHostWidget::~KRHostWidget() {
     KRAnimationEngine::shared().removeStartListener(m_engineListenerId);
     m_frameTimer.stop();
     m_window->setDisplayHandler({});
+    m_window->setKeyViewLoopExitHandler({});
     auto& list = hosts();
     list.erase(std::remove(list.begin(), list.end(), this), list.end());
     if (list.empty()) {
@@ -660,8 +662,27 @@ bool KRHostWidget::focusNextPrevChild(bool) {
     return false;
 }
 
+bool KRHostWidget::passFocusToAdjacentWidget(bool forward) {
+    for (QWidget* widget = forward ? nextInFocusChain() : previousInFocusChain(); widget && widget != this;
+         widget = forward ? widget->nextInFocusChain() : widget->previousInFocusChain()) {
+        const bool takesTabFocus = (widget->focusPolicy() & Qt::TabFocus) == Qt::TabFocus;
+        if (takesTabFocus && widget->window() == window() && widget->isVisibleTo(window()) &&
+            widget->isEnabled() && !widget->focusProxy()) {
+            widget->setFocus(forward ? Qt::TabFocusReason : Qt::BacktabFocusReason);
+            return true;
+        }
+    }
+    return false;
+}
+
 void KRHostWidget::focusInEvent(QFocusEvent* event) {
     QWidget::focusInEvent(event);
+    // Tabbing in from a control beside the host starts the window's loop at its near end.
+    if (event->reason() == Qt::TabFocusReason) {
+        m_window->selectFirstKeyView();
+    } else if (event->reason() == Qt::BacktabFocusReason) {
+        m_window->selectLastKeyView();
+    }
     m_window->setKeyWindow(true);
     if (KRView* content = contentView()) {
         content->setNeedsDisplay();

@@ -65,6 +65,9 @@ protected:
 
 private:
     void handleMouseDown(QMouseEvent* event, bool doubleClick);
+    // Tab past the last key view (Shift+Tab before the first) goes on to the next control of the Qt window
+    // that takes the focus by Tab; answers false when the host is the only one, and the loop wraps inside.
+    bool passFocusToAdjacentWidget(bool forward);
     // A press whose release will never reach us (the window lost the focus, another press came first)
     // ends with a release where the pointer was last, so that whatever the press began finishes.
     void endHeldPresses();

@@ -11,6 +11,7 @@
 #include <QPainter>
 #include <QSet>
 #include <QTextBlock>
+#include <QTextBoundaryFinder>
 #include <QTextCursor>
 #include <QTextDocument>
 #include <QTextFragment>
@@ -369,15 +370,39 @@ void KRTextView::setSelectedRange(KRRange range) {
 }
 
 void KRTextView::setSelectedRangeAffinityStillSelecting(KRRange range, int affinity, bool stillSelecting) {
-    const int from = clampPosition(static_cast<qint64>(std::min<KRUInteger>(range.location, KRNotFound)));
-    const int to =
-        clampPosition(from + static_cast<qint64>(std::min<KRUInteger>(range.length, KRNotFound / 2)));
+    const KRRange whole = rangeOfComposedCharacterSequencesForRange(range);
+    const int from = static_cast<int>(whole.location);
+    const int to = static_cast<int>(KRMaxRange(whole));
     m_coalesceTyping = false;
     m_goalX.reset();
     setSelection(from, to,
                  affinity == SelectionAffinityUpstream ? SelectionAffinityUpstream
                                                        : SelectionAffinityDownstream);
     m_stillSelecting = stillSelecting;
+}
+
+KRRange KRTextView::rangeOfComposedCharacterSequencesForRange(KRRange range) const {
+    const int from = clampPosition(static_cast<qint64>(std::min<KRUInteger>(range.location, KRNotFound)));
+    const int to =
+        clampPosition(from + static_cast<qint64>(std::min<KRUInteger>(range.length, KRNotFound / 2)));
+    const int start = clusterBoundary(from, from == to);
+    const int end = std::max(start, clusterBoundary(to, true));
+    return KRRange{static_cast<KRUInteger>(start), static_cast<KRUInteger>(end - start)};
+}
+
+int KRTextView::clusterBoundary(int position, bool forward) const {
+    const QTextBlock block = m_document->findBlock(position);
+    if (!block.isValid()) {
+        return position;
+    }
+    const QString text = block.text();
+    QTextBoundaryFinder finder(QTextBoundaryFinder::Grapheme, text);
+    finder.setPosition(position - block.position());
+    if (finder.isAtBoundary()) {
+        return position;
+    }
+    const qsizetype boundary = forward ? finder.toNextBoundary() : finder.toPreviousBoundary();
+    return boundary < 0 ? position : block.position() + static_cast<int>(boundary);
 }
 
 void KRTextView::setSelection(int anchor, int head, int affinity) {

@@ -89,8 +89,12 @@ public:
     void setRichText(bool richText) { m_richText = richText; }
     // Selection ------------------------------------------------------------------------------------------
     KRRange selectedRange() const;
+    // A range set from outside never ends inside a grapheme cluster: a caret moves past the cluster it
+    // falls in, and a range grows to take in every cluster it touches.
     void setSelectedRange(KRRange range);
     void setSelectedRangeAffinityStillSelecting(KRRange range, int affinity, bool stillSelecting);
+    // The smallest range of whole grapheme clusters (user-perceived characters) that holds range.
+    KRRange rangeOfComposedCharacterSequencesForRange(KRRange range) const;
     int selectionAffinity() const { return m_affinity; }
 
     // Editing --------------------------------------------------------------------------------------------
@@ -171,6 +175,8 @@ private:
 
     int documentLength() const;
     int clampPosition(qint64 position) const;
+    // The grapheme cluster boundary at position, or the nearest one after (forward) or before it.
+    int clusterBoundary(int position, bool forward) const;
     void ensureLayout() const;
     // The line holding position; upstream affinity picks the line ending there on a wrap.
     LineInfo makeLineInfo(const QTextBlock& block, int lineIndex) const;

@@ -2,6 +2,7 @@
 
 #include "Foundation/KRRunLoop.h"
 #include "Views/KRCursor.h"
+#include "Views/KREvent.h"
 #include "Views/KRTrackingArea.h"
 #include "Views/KRView.h"
 
@@ -430,68 +431,93 @@ void collectAllViews(KRView* view, std::vector<KRView*>& views) {
 
 // The key view next to start in tree order (forward or backward, wrapping); the first or last one when
 // start is not in the tree.
-KRView* adjacentKeyView(KRView* root, KRView* start, bool forward, const KRWindow* window) {
+KRWindow::AdjacentKeyView adjacentKeyView(KRView* root, KRView* start, bool forward, const KRWindow* window) {
     std::vector<KRView*> views;
     collectAllViews(root, views);
     const auto count = static_cast<std::ptrdiff_t>(views.size());
     const auto found = std::find(views.begin(), views.end(), start);
     std::ptrdiff_t index = found == views.end() ? (forward ? -1 : count) : found - views.begin();
+    bool wrapped = false;
     for (std::ptrdiff_t step = 0; step < count; ++step) {
-        index = forward ? (index + 1) % count : (index - 1 + count) % count;
+        const std::ptrdiff_t next = forward ? index + 1 : index - 1;
+        wrapped = wrapped || next == count || next < 0;
+        index = (next + count) % count;
         if (isValidKeyView(views[static_cast<std::size_t>(index)], window)) {
-            return views[static_cast<std::size_t>(index)];
+            return {views[static_cast<std::size_t>(index)], wrapped};
         }
     }
-    return nullptr;
+    return {};
 }
 
 } // namespace
 
 bool KRWindow::selectKeyViewFollowingView(KRView* view) {
-    if (!m_contentView || keyViewLoop().empty()) {
+    if (!m_contentView) {
         return false;
     }
     if (!view) {
         view = dynamic_cast<KRView*>(m_firstResponder.get());
     }
-    KRView* found = nullptr;
+    AdjacentKeyView found;
     if (view && isValidKeyView(view->nextKeyView(), this)) {
-        found = view->nextKeyView();
+        found.view = view->nextKeyView();
     } else {
         found = adjacentKeyView(m_contentView.get(), view, true, this);
     }
-    if (!found) {
-        return false;
-    }
-    makeFirstResponder(found);
-    return true;
+    return moveFocusToKeyView(found, true);
 }
 
 bool KRWindow::selectKeyViewPrecedingView(KRView* view) {
-    const std::vector<KRView*> loop = keyViewLoop();
-    if (!m_contentView || loop.empty()) {
+    if (!m_contentView) {
         return false;
     }
     if (!view) {
         view = dynamic_cast<KRView*>(m_firstResponder.get());
     }
-    KRView* found = nullptr;
+    AdjacentKeyView found;
     if (view) {
         // The explicit previous key view is the one naming view as its next.
+        const std::vector<KRView*> loop = keyViewLoop();
         const auto pointing = std::find_if(
             loop.begin(), loop.end(), [view](const KRView* each) { return each->nextKeyView() == view; });
         if (pointing != loop.end()) {
-            found = *pointing;
+            found.view = *pointing;
         }
     }
-    if (!found) {
+    if (!found.view) {
         found = adjacentKeyView(m_contentView.get(), view, false, this);
     }
-    if (!found) {
-        return false;
+    return moveFocusToKeyView(found, false);
+}
+
+// Going round past an end of the loop, or finding no key view at all, first offers the focus to the host.
+bool KRWindow::moveFocusToKeyView(const AdjacentKeyView& found, bool forward) {
+    if ((found.wrapped || !found.view) && m_keyViewLoopExitHandler && m_keyViewLoopExitHandler(forward)) {
+        return true;
     }
-    makeFirstResponder(found);
-    return true;
+    return found.view && makeFirstResponder(found.view);
+}
+
+void KRWindow::keyDown(const KREvent& event) {
+    const KREventModifierFlags chordFlags =
+        KREventModifierFlagCommand | KREventModifierFlagControl | KREventModifierFlagOption;
+    if (event.keyCode() != KRKeyCode::Tab || (event.modifierFlags() & chordFlags)) {
+        KRResponder::keyDown(event);
+        return;
+    }
+    const bool backward = (event.modifierFlags() & KREventModifierFlagShift) ||
+                          event.charactersIgnoringModifiers() == QString(QChar(0x19));
+    backward ? selectPreviousKeyView() : selectNextKeyView();
+}
+
+bool KRWindow::selectFirstKeyView() {
+    const std::vector<KRView*> loop = keyViewLoop();
+    return !loop.empty() && makeFirstResponder(loop.front());
+}
+
+bool KRWindow::selectLastKeyView() {
+    const std::vector<KRView*> loop = keyViewLoop();
+    return !loop.empty() && makeFirstResponder(loop.back());
 }
 
 // Screen mapping -----------------------------------------------------------------------------------------

@@ -31,6 +31,8 @@ public:
     // responder. Null makes the window first responder.
     bool makeFirstResponder(KRResponder* responder);
     KRResponder* nextResponder() const override { return nullptr; }
+    // A Tab (or Shift+Tab) no view took moves along the key view loop.
+    void keyDown(const KREvent& event) override;
 
     // Events ---------------------------------------------------------------------------------------------
     // The event being dispatched (null outside sendEvent).
@@ -59,6 +61,16 @@ public:
     bool selectKeyViewPrecedingView(KRView* view);
     bool selectNextKeyView() { return selectKeyViewFollowingView(nullptr); }
     bool selectPreviousKeyView() { return selectKeyViewPrecedingView(nullptr); }
+    // The first (or last) view of the loop becomes first responder: where the focus enters from outside.
+    bool selectFirstKeyView();
+    bool selectLastKeyView();
+    // A host with controls beside the window is asked before the loop wraps around past its last key view
+    // (forward) or its first (backward); it answers true when it took the focus out of the window, and the
+    // first responder then stays as it is.
+    using KeyViewLoopExitHandler = std::function<bool(bool forward)>;
+    void setKeyViewLoopExitHandler(KeyViewLoopExitHandler handler) {
+        m_keyViewLoopExitHandler = std::move(handler);
+    }
 
     // Screen mapping -------------------------------------------------------------------------------------
     // Where the window's origin lies on the screen (flipped screen coordinates, points).
@@ -88,7 +100,13 @@ public:
     void viewNeedsTrackingAreaUpdate(KRView* view);
     void viewWillBeRemoved(KRView* view);
 
+    struct AdjacentKeyView {
+        KRView* view = nullptr;
+        bool wrapped = false; // reached by going round past the end (or the start) of the tree
+    };
+
 private:
+    bool moveFocusToKeyView(const AdjacentKeyView& found, bool forward);
     void dispatchMouseDown(const KREvent& event);
     void dispatchMouseDragOrUp(const KREvent& event);
     void dispatchMouseMoved(const KREvent& event);
@@ -104,6 +122,7 @@ private:
     std::vector<std::weak_ptr<KRTrackingArea>> m_areasContainingMouse; // tree order, back to front
     std::weak_ptr<KRTrackingArea> m_cursorArea; // the area whose cursorUpdate set the cursor last
     std::function<void(KRRect)> m_displayHandler;
+    KeyViewLoopExitHandler m_keyViewLoopExitHandler;
     KRPoint m_screenOrigin;
     KRRect m_dirtyRect;
     double m_backingScaleFactor = 1.0;
