@@ -840,9 +840,6 @@ void KRTodoStore::record(KRTodoChange change, bool typing, KRCheckListView* chec
     if (m_replaying) {
         return;
     }
-    if (checkListView) {
-        m_replayList = checkListView;
-    }
     const KRTodoListState before = m_hasStateBeforeInput ? m_stateBeforeInput : listState(checkListView);
     int number = 0;
     KRTodoUndoStep::Kind kind = KRTodoUndoStep::Kind::Command;
@@ -880,8 +877,10 @@ void KRTodoStore::undo(KRCheckListView* checkListView) {
     if (!m_undoStack->canUndo() || !canChange()) {
         return;
     }
+    // The steps report to the list that asked, and only while they run.
     m_replayList = checkListView;
     m_undoStack->undo();
+    m_replayList = nullptr;
 }
 
 void KRTodoStore::redo(KRCheckListView* checkListView) {
@@ -893,6 +892,7 @@ void KRTodoStore::redo(KRCheckListView* checkListView) {
     }
     m_replayList = checkListView;
     m_undoStack->redo();
+    m_replayList = nullptr;
 }
 
 void KRTodoStore::replay(const std::vector<KRTodoChange>& changes, bool forward,
