@@ -40,6 +40,9 @@ KRTodoSidebar::KRTodoSidebar(KRTodoChecklists& checklists, QWidget* parent)
     m_tree->header()->setSectionResizeMode(NameColumn, QHeaderView::Stretch);
     m_tree->header()->setSectionResizeMode(CountColumn, QHeaderView::ResizeToContents);
     m_tree->setAccessibleName(QStringLiteral("Checklists"));
+    // Checklists are dragged into another order; they land between others, never in one.
+    m_tree->setDragDropMode(QAbstractItemView::InternalMove);
+    m_tree->setDefaultDropAction(Qt::MoveAction);
 
     m_addButton = makeButton(QStringLiteral("+"), QStringLiteral("New Checklist"));
     m_deleteButton = makeButton(QStringLiteral("\u2212"), QStringLiteral("Delete Checklist"));
@@ -63,6 +66,12 @@ KRTodoSidebar::KRTodoSidebar(KRTodoChecklists& checklists, QWidget* parent)
                      [this](QTreeWidgetItem* item) { pick(item); });
     QObject::connect(m_tree, &QTreeWidget::itemChanged, this,
                      [this](QTreeWidgetItem* item, int column) { itemRenamed(item, column); });
+    QObject::connect(m_tree->model(), &QAbstractItemModel::rowsInserted, this,
+                     [this](const QModelIndex& rowParent, int first, int) {
+                         if (!m_refreshing && !rowParent.isValid()) {
+                             itemDropped(first);
+                         }
+                     });
     refresh();
 }
 
@@ -100,7 +109,7 @@ void KRTodoSidebar::refresh() {
     }
     while (m_tree->topLevelItemCount() < static_cast<int>(records.size())) {
         auto* item = new QTreeWidgetItem;
-        item->setFlags(item->flags() | Qt::ItemIsEditable);
+        item->setFlags((item->flags() | Qt::ItemIsEditable | Qt::ItemIsDragEnabled) & ~Qt::ItemIsDropEnabled);
         item->setTextAlignment(CountColumn, Qt::AlignRight | Qt::AlignVCenter);
         m_tree->addTopLevelItem(item);
     }
@@ -181,6 +190,21 @@ void KRTodoSidebar::itemRenamed(QTreeWidgetItem* item, int column) {
         return;
     }
     m_checklists.rename(checklist, name);
+}
+
+// A row dragged to row: its checklist moves there. The tree has moved the row already; the checklists
+// follow, and the rows are shown again from them on the next turn.
+void KRTodoSidebar::itemDropped(int row) {
+    const QTreeWidgetItem* item = m_tree->topLevelItem(row);
+    if (!item) {
+        return;
+    }
+    const qint64 checklist = item->data(NameColumn, kChecklistRole).toLongLong();
+    const int from = m_checklists.indexOf(checklist);
+    if (from >= 0 && from != row) {
+        m_checklists.move(checklist, row - from);
+    }
+    scheduleRefresh();
 }
 
 void KRTodoSidebar::addChecklist() {

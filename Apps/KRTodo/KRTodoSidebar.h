@@ -10,8 +10,8 @@ class QTreeWidget;
 class QTreeWidgetItem;
 
 // The checklists beside the list: each by name with the count of its open items. A checklist's name is
-// renamed in place (double-click or F2); the buttons add a checklist, delete the current one and move it up
-// or down. Picking a checklist shows it.
+// renamed in place (double-click or F2); checklists are dragged into another order; the buttons add a
+// checklist, delete the current one and move it up or down. Picking a checklist shows it.
 class KRTodoSidebar : public QWidget {
 public:
     explicit KRTodoSidebar(KRTodoChecklists& checklists, QWidget* parent = nullptr);
@@ -44,6 +44,7 @@ public:
 private:
     void pick(QTreeWidgetItem* item);
     void itemRenamed(QTreeWidgetItem* item, int column);
+    void itemDropped(int row);
     void updateButtons();
 
     KRTodoChecklists& m_checklists;

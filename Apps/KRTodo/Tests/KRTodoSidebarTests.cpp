@@ -178,3 +178,19 @@ TEST_F(KRTodoSidebarTests, TheButtonsMoveTheCurrentChecklist) {
     EXPECT_EQ(tree().currentItem(), tree().topLevelItem(1)) << "Groceries stays current";
     EXPECT_EQ(database->checklists().at(0).name, QStringLiteral("Work"));
 }
+
+TEST_F(KRTodoSidebarTests, ADraggedChecklistMovesWhereItIsDropped) {
+    checklists->add(QStringLiteral("Trip"));
+    settle();
+    ASSERT_EQ(names(),
+              (QStringList{QStringLiteral("Groceries"), QStringLiteral("Work"), QStringLiteral("Trip")}));
+    // What the tree does with a row dropped above the first one: takes it out and puts it in there.
+    QTreeWidgetItem* trip = tree().takeTopLevelItem(2);
+    tree().insertTopLevelItem(0, trip);
+    settle();
+    EXPECT_EQ(names(),
+              (QStringList{QStringLiteral("Trip"), QStringLiteral("Groceries"), QStringLiteral("Work")}));
+    EXPECT_EQ(database->checklists().at(0).name, QStringLiteral("Trip"));
+    EXPECT_EQ(checklists->undoStack().undoText(), QStringLiteral("Move Checklist"));
+    EXPECT_FALSE(tree().topLevelItem(0)->flags() & Qt::ItemIsDropEnabled) << "nothing lands in a checklist";
+}
