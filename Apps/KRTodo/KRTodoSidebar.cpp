@@ -109,7 +109,12 @@ void KRTodoSidebar::refresh() {
     }
     while (m_tree->topLevelItemCount() < static_cast<int>(records.size())) {
         auto* item = new QTreeWidgetItem;
-        item->setFlags((item->flags() | Qt::ItemIsEditable | Qt::ItemIsDragEnabled) & ~Qt::ItemIsDropEnabled);
+        // A read-only file's checklists are neither renamed nor reordered; none is a place to drop in.
+        Qt::ItemFlags flags = Qt::ItemIsSelectable | Qt::ItemIsEnabled;
+        if (!m_checklists.database().isReadOnly()) {
+            flags |= Qt::ItemIsEditable | Qt::ItemIsDragEnabled;
+        }
+        item->setFlags(flags);
         item->setTextAlignment(CountColumn, Qt::AlignRight | Qt::AlignVCenter);
         m_tree->addTopLevelItem(item);
     }
