@@ -117,6 +117,7 @@ KRTodoStore::KRTodoStore(std::vector<KRTodoItem> items)
 }
 
 KRTodoStore::~KRTodoStore() {
+    endGroupingBatch();
     commitTypedTitles();
     // The steps refer to the store: they go first.
     m_undoStack.reset();
@@ -520,12 +521,27 @@ void KRTodoStore::checkListViewBeginGrouping(KRCheckListView* checkListView) {
         scheduleTurnEnd(checkListView);
     }
     m_turnIsPaste = true;
+    // A paste reaches the file whole or not at all.
+    if (m_database && !m_groupingBatchOpen) {
+        m_database->beginBatch();
+        m_groupingBatchOpen = true;
+    }
 }
 
 void KRTodoStore::checkListViewEndGrouping(KRCheckListView*) {
     if (m_openGroupings > 0) {
         --m_openGroupings;
         ++m_completedGroupings;
+    }
+    if (m_openGroupings == 0) {
+        endGroupingBatch();
+    }
+}
+
+void KRTodoStore::endGroupingBatch() {
+    if (m_groupingBatchOpen) {
+        m_groupingBatchOpen = false;
+        m_database->endBatch();
     }
 }
 
@@ -774,6 +790,11 @@ void KRTodoStore::noteInputEvent(KRCheckListView* checkListView) {
     }
     closeTurnStep(checkListView);
     m_pasting = false;
+    // A grouping the list never ended (it threw) keeps nothing of the file waiting.
+    if (m_groupingBatchOpen) {
+        m_openGroupings = 0;
+        endGroupingBatch();
+    }
     m_stateBeforeInput = listState(checkListView);
     m_hasStateBeforeInput = true;
     // Whatever the last step left settles before the next input (a paste begins its edit a turn later):

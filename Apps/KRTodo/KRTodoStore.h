@@ -154,6 +154,7 @@ private:
     void scheduleTurnEnd(KRCheckListView* checkListView);
     void scheduleTitleCommit();
     void forgetUncommittedTitle(const QString& identifier);
+    void endGroupingBatch();
     bool isTyping(KRCheckListView* checkListView, const QString& title, KRUInteger index) const;
     void restoreState(const KRTodoListState& state, KRCheckListView* checkListView);
     void applyChange(const KRTodoChange& change, bool forward, KRCheckListView* checkListView);
@@ -200,6 +201,8 @@ private:
     bool m_turnIsPaste = false;
     // The command being handled is a paste (from the veto the list offers first, until the next input).
     bool m_pasting = false;
+    // The writes of a paste are one transaction, from its grouping's begin to its end.
+    bool m_groupingBatchOpen = false;
     int m_typingStepNumber = 0;
     QString m_typingIdentifier;
     int m_itemInsertedByCommandStep = 0;
