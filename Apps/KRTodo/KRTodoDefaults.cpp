@@ -16,6 +16,14 @@ double KRTodoDefaults::autoScrollInterval() {
     return 1.0 / 60.0;
 }
 
+double KRTodoDefaults::typingCommitDelay() {
+    return 0.5;
+}
+
+int KRTodoDefaults::sidebarWidth() {
+    return 170;
+}
+
 QSize KRTodoDefaults::shortcutsWindowSize() {
     return QSize(620, 640);
 }

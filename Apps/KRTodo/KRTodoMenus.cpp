@@ -14,6 +14,7 @@
 #include <QMainWindow>
 #include <QMenu>
 #include <QMenuBar>
+#include <QUndoStack>
 
 namespace {
 
@@ -34,6 +35,9 @@ KRTodoMenus::KRTodoMenus(QMainWindow& window, KRHostWidget& hostWidget, KRCheckL
 
     addAction(*m_fileMenu, Command::Quit, QStringLiteral("&Quit"));
 
+    addAction(*m_editMenu, Command::Undo, QStringLiteral("&Undo"));
+    addAction(*m_editMenu, Command::Redo, QStringLiteral("&Redo"));
+    m_editMenu->addSeparator();
     addAction(*m_editMenu, Command::Cut, QStringLiteral("Cu&t"));
     addAction(*m_editMenu, Command::Copy, QStringLiteral("&Copy"));
     addAction(*m_editMenu, Command::Paste, QStringLiteral("&Paste"));
@@ -61,6 +65,9 @@ KRTodoMenus::KRTodoMenus(QMainWindow& window, KRHostWidget& hostWidget, KRCheckL
         quitKeys = {QKeySequence(Qt::CTRL | Qt::Key_Q)};
     }
     setMenuKeys(Command::Quit, quitKeys);
+    setMenuKeys(Command::Undo, {QKeySequence(Qt::CTRL | Qt::Key_Z)});
+    setMenuKeys(Command::Redo,
+                {QKeySequence(Qt::CTRL | Qt::SHIFT | Qt::Key_Z), QKeySequence(Qt::CTRL | Qt::Key_Y)});
     setMenuKeys(Command::Cut, QKeySequence::keyBindings(QKeySequence::Cut));
     setMenuKeys(Command::Copy, QKeySequence::keyBindings(QKeySequence::Copy));
     setMenuKeys(Command::Paste, QKeySequence::keyBindings(QKeySequence::Paste));
@@ -132,9 +139,16 @@ KRSelector KRTodoMenus::editAction(Command command) {
 
 bool KRTodoMenus::validate(Command command) const {
     KRCheckListView& list = m_checkListView;
+    if (m_readOnly && command != Command::Quit && command != Command::Copy && command != Command::SelectAll) {
+        return false;
+    }
     switch (command) {
     case Command::Quit:
         return true;
+    case Command::Undo:
+        return m_undoStack && m_undoStack->canUndo();
+    case Command::Redo:
+        return m_undoStack && m_undoStack->canRedo();
     case Command::Cut:
     case Command::Copy:
     case Command::Paste:
@@ -187,6 +201,42 @@ void KRTodoMenus::validateAll() {
         const auto command = static_cast<Command>(index);
         action(command).setEnabled(validate(command));
     }
+    updateUndoTexts();
+}
+
+void KRTodoMenus::updateUndoTexts() {
+    const QString undoName = m_undoStack ? m_undoStack->undoText() : QString();
+    const QString redoName = m_undoStack ? m_undoStack->redoText() : QString();
+    action(Command::Undo)
+        .setText(undoName.isEmpty() ? QStringLiteral("&Undo") : QStringLiteral("&Undo %1").arg(undoName));
+    action(Command::Redo)
+        .setText(redoName.isEmpty() ? QStringLiteral("&Redo") : QStringLiteral("&Redo %1").arg(redoName));
+}
+
+void KRTodoMenus::setCommandHandler(std::function<void(Command)> handler) {
+    m_commandHandler = std::move(handler);
+}
+
+bool KRTodoMenus::isItemCommand(Command command) {
+    return command >= Command::InsertAbove && command <= Command::ToggleCanceled;
+}
+
+void KRTodoMenus::setUndoStack(QUndoStack* undoStack, std::function<void()> undo,
+                               std::function<void()> redo) {
+    QObject::disconnect(m_undoStackConnection);
+    m_undoStack = undoStack;
+    m_undo = std::move(undo);
+    m_redo = std::move(redo);
+    if (m_undoStack) {
+        m_undoStackConnection =
+            QObject::connect(m_undoStack, &QUndoStack::indexChanged, this, [this] { validateAll(); });
+    }
+    validateAll();
+}
+
+void KRTodoMenus::setReadOnly(bool readOnly) {
+    m_readOnly = readOnly;
+    validateAll();
 }
 
 // Performing
@@ -198,9 +248,22 @@ bool KRTodoMenus::perform(Command command) {
         return false;
     }
     KRCheckListView& list = m_checkListView;
+    if (m_commandHandler) {
+        m_commandHandler(command);
+    }
     switch (command) {
     case Command::Quit:
         m_window.close();
+        break;
+    case Command::Undo:
+        if (m_undo) {
+            m_undo();
+        }
+        break;
+    case Command::Redo:
+        if (m_redo) {
+            m_redo();
+        }
         break;
     case Command::Paste:
         pasteFromClipboard();

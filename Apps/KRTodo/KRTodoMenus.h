@@ -18,6 +18,7 @@ class QEvent;
 class QKeyEvent;
 class QMainWindow;
 class QMenu;
+class QUndoStack;
 
 // KRTodo's File, Edit and Item menus, in a window's menu bar.
 //
@@ -33,6 +34,8 @@ class KRTodoMenus : public QObject {
 public:
     enum class Command : std::size_t {
         Quit,
+        Undo,
+        Redo,
         Cut,
         Copy,
         Paste,
@@ -67,6 +70,18 @@ public:
     bool perform(Command command);
     // Told the index of the item each Insert command made (the item it then edits).
     void setInsertedItemHandler(std::function<void(KRUInteger)> handler);
+    // Told before every command runs, as the host is told of every input event.
+    void setCommandHandler(std::function<void(Command)> handler);
+    // Whether the command works on the list's items (Insert, Move, Toggle …).
+    static bool isItemCommand(Command command);
+    // The checklist's history: Undo and Redo are enabled by it and name its next steps ("Undo Typing");
+    // undo and redo run them.
+    void setUndoStack(QUndoStack* undoStack, std::function<void()> undo, std::function<void()> redo);
+    // A checklist that can't be changed: only Quit, Copy and Select All stay enabled.
+    void setReadOnly(bool readOnly);
+    bool isReadOnly() const { return m_readOnly; }
+    // Undo and Redo with the names of the steps they would undo and redo.
+    void updateUndoTexts();
 
     // The responder action an Edit command sends ("copy:", …); null for the others.
     static KRSelector editAction(Command command);
@@ -94,4 +109,10 @@ private:
     QMenu* m_itemMenu = nullptr;
     std::array<QAction*, CommandCount> m_actions{};
     std::function<void(KRUInteger)> m_insertedItemHandler;
+    std::function<void(Command)> m_commandHandler;
+    QUndoStack* m_undoStack = nullptr;
+    QMetaObject::Connection m_undoStackConnection;
+    std::function<void()> m_undo;
+    std::function<void()> m_redo;
+    bool m_readOnly = false;
 };

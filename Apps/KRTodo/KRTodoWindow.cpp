@@ -1,8 +1,10 @@
 #include "KRTodoWindow.h"
 
+#include "KRTodoChecklists.h"
 #include "KRTodoDefaults.h"
 #include "KRTodoMenus.h"
 #include "KRTodoShortcutsWindow.h"
+#include "KRTodoSidebar.h"
 #include "KRTodoStore.h"
 
 #include "KRCheckListView.h"
@@ -13,7 +15,9 @@
 #include "Text/KRTextView.h"
 #include "Views/KRWindow.h"
 
+#include <QApplication>
 #include <QCoreApplication>
+#include <QDockWidget>
 #include <QEvent>
 #include <QFocusEvent>
 #include <QKeyEvent>
@@ -24,7 +28,9 @@
 #include <QPointer>
 #include <QScrollArea>
 #include <QScrollBar>
+#include <QStatusBar>
 #include <QToolButton>
+#include <QUndoStack>
 #include <QVBoxLayout>
 
 #include <algorithm>
@@ -46,29 +52,55 @@ constexpr int kCaretMargin = 8;
 
 KRTodoWindow::KRTodoWindow(std::shared_ptr<KRTodoStore> store, QWidget* parent)
     : QMainWindow(parent), m_store(std::move(store)) {
-    setWindowTitle(QStringLiteral("KRTodo"));
+    setWindowTitle(titleForChecklist(m_store->name()));
     setUpCheckListView();
     setUpScrollArea();
     m_menus = std::make_unique<KRTodoMenus>(*this, *m_hostWidget, *m_checkListView);
     m_menus->setInsertedItemHandler([this](KRUInteger index) { m_store->noteItemInsertedByCommand(index); });
+    m_menus->setCommandHandler([this](KRTodoMenus::Command command) {
+        m_store->noteInputEvent(m_checkListView.get());
+        // An item command from anywhere in the window goes on in the list: an inserted item is typed into.
+        if (KRTodoMenus::isItemCommand(command) && !m_hostWidget->hasFocus()) {
+            m_hostWidget->setFocus();
+        }
+    });
+    followFocusForUndo();
     setUpHelpMenu();
     resize(kInitialWindowWidth, kInitialWindowHeight);
     m_checkListView->reloadItems();
     setUpEmptyHint();
 }
 
+QString KRTodoWindow::titleForChecklist(const QString& name) {
+    return name.isEmpty() ? QStringLiteral("KRTodo") : QStringLiteral("%1 \u2014 KRTodo").arg(name);
+}
+
+QString KRTodoWindow::checklistSettingKey() {
+    return QStringLiteral("window/checklist");
+}
+
+void KRTodoWindow::showReadOnlyReason(const QString& reason) {
+    if (!m_readOnlyNotice) {
+        m_readOnlyNotice = new QLabel;
+        m_readOnlyNotice->setWordWrap(true);
+        statusBar()->addWidget(m_readOnlyNotice, 1);
+    }
+    m_readOnlyNotice->setText(reason);
+    m_menus->setReadOnly(true);
+}
+
 KRTodoWindow::~KRTodoWindow() {
+    QObject::disconnect(qApp, &QApplication::focusChanged, this, nullptr);
     m_hostWidget->removeEventFilter(this);
-    m_store->setSizeThatFitsChangedHandler(nullptr);
-    m_store->setDidBeginEditingHandler(nullptr);
+    if (m_checklists) {
+        m_checklists->setChangedHandler(nullptr);
+    }
+    detachStore();
 }
 
 void KRTodoWindow::setUpCheckListView() {
     m_checkListView = std::make_shared<KRCheckListView>(KRRectMake(0.0, 0.0, kInitialListWidth, 0.0));
-    m_checkListView->setDataSource(m_store);
-    m_checkListView->setDelegate(m_store);
-    m_store->setSizeThatFitsChangedHandler([this](KRCheckListView*) { scheduleHeightUpdate(); });
-    m_store->setDidBeginEditingHandler([this](KRCheckListView*, KRUInteger) { scheduleCaretReveal(); });
+    attachStore();
 
     // The host sizes the list to itself: as wide as the viewport, and at least as tall as the rows.
     m_hostWidget = new KRHostWidget;
@@ -108,6 +140,76 @@ void KRTodoWindow::setUpScrollArea() {
     m_scrollArea->setWidget(m_hostWidget);
     setCentralWidget(m_scrollArea);
     m_hostWidget->setFocus();
+}
+
+void KRTodoWindow::attachStore() {
+    m_checkListView->setDataSource(m_store);
+    m_checkListView->setDelegate(m_store);
+    m_store->setSizeThatFitsChangedHandler([this](KRCheckListView*) { scheduleHeightUpdate(); });
+    m_store->setDidBeginEditingHandler([this](KRCheckListView*, KRUInteger) { scheduleCaretReveal(); });
+}
+
+void KRTodoWindow::detachStore() {
+    m_store->setSizeThatFitsChangedHandler(nullptr);
+    m_store->setDidBeginEditingHandler(nullptr);
+}
+
+void KRTodoWindow::showStore(std::shared_ptr<KRTodoStore> store) {
+    if (!store || store == m_store) {
+        return;
+    }
+    // What was typed into the checklist being left is kept before the list lets go of it.
+    m_checkListView->endEditing();
+    m_checkListView->deselectAllItems();
+    m_store->commitTypedTitles();
+    detachStore();
+    m_store = std::move(store);
+    attachStore();
+    m_checkListView->reloadItems();
+    setWindowTitle(titleForChecklist(m_store->name()));
+    followFocusForUndo();
+    scheduleHeightUpdate();
+    m_scrollArea->verticalScrollBar()->setValue(0);
+}
+
+void KRTodoWindow::showChecklists(KRTodoChecklists& checklists) {
+    m_checklists = &checklists;
+    m_sidebar = new KRTodoSidebar(checklists);
+    m_sidebar->setCurrentChecklist(m_store->checklist());
+    m_sidebar->setCurrentChecklistChangedHandler([this](qint64 checklist) {
+        showStore(m_checklists->store(checklist));
+        m_checklists->database().setSetting(checklistSettingKey(), QString::number(checklist));
+    });
+    checklists.setChangedHandler([this] {
+        m_sidebar->scheduleRefresh();
+        setWindowTitle(titleForChecklist(m_store->name()));
+    });
+    auto* dock = new QDockWidget(QStringLiteral("Checklists"), this);
+    dock->setObjectName(QStringLiteral("Checklists"));
+    dock->setFeatures(QDockWidget::NoDockWidgetFeatures);
+    dock->setWidget(m_sidebar);
+    addDockWidget(Qt::LeftDockWidgetArea, dock);
+    // The list keeps its width beside it.
+    resize(width() + KRTodoDefaults::sidebarWidth(), height());
+    resizeDocks({dock}, {KRTodoDefaults::sidebarWidth()}, Qt::Horizontal);
+    // The keyboard stays with the list.
+    m_hostWidget->setFocus();
+    // Edit > Undo and Redo work on the checklists while the sidebar has the keyboard, else on the items.
+    QObject::connect(qApp, &QApplication::focusChanged, this, [this] { followFocusForUndo(); });
+}
+
+void KRTodoWindow::followFocusForUndo() {
+    const QWidget* focus = QApplication::focusWidget();
+    const bool checklists = m_sidebar && focus && m_sidebar->isAncestorOf(focus);
+    if (checklists) {
+        QUndoStack* stack = &m_checklists->undoStack();
+        m_menus->setUndoStack(
+            stack, [stack] { stack->undo(); }, [stack] { stack->redo(); });
+    } else {
+        m_menus->setUndoStack(
+            &m_store->undoStack(), [this] { m_store->undo(m_checkListView.get()); },
+            [this] { m_store->redo(m_checkListView.get()); });
+    }
 }
 
 // The list reports a new fitting size from inside its layout pass. The host follows on a later turn, so
@@ -177,6 +279,29 @@ void KRTodoWindow::updateHeight() {
 bool KRTodoWindow::eventFilter(QObject* watched, QEvent* event) {
     if (watched != m_hostWidget) {
         return QMainWindow::eventFilter(watched, event);
+    }
+    switch (event->type()) {
+    case QEvent::MouseButtonRelease:
+        // A drag is one gesture from the press on: its move is undone to the state before the press.
+        if (m_checkListView->isDragging()) {
+            break;
+        }
+        [[fallthrough]];
+    case QEvent::KeyPress:
+    case QEvent::MouseButtonPress:
+    case QEvent::MouseButtonDblClick:
+        // Each input event is one step of the history at most: the last one's step ends here.
+        m_store->noteInputEvent(m_checkListView.get());
+        break;
+    default:
+        break;
+    }
+    if (m_readOnlyNotice) {
+        if (event->type() == QEvent::InputMethod ||
+            (event->type() == QEvent::KeyPress &&
+             !isKeyAllowedWhileReadOnly(*static_cast<QKeyEvent*>(event)))) {
+            return true;
+        }
     }
     switch (event->type()) {
     case QEvent::KeyPress:
@@ -251,6 +376,31 @@ bool KRTodoWindow::scrollByPageForKey(const QKeyEvent& event) {
     m_scrollArea->verticalScrollBar()->triggerAction(pageUp ? QAbstractSlider::SliderPageStepSub
                                                             : QAbstractSlider::SliderPageStepAdd);
     return true;
+}
+
+// A read-only checklist takes the keys that move about in it and copy from it, and no others.
+bool KRTodoWindow::isKeyAllowedWhileReadOnly(const QKeyEvent& event) {
+    const Qt::KeyboardModifiers modifiers = event.modifiers() & ~Qt::KeypadModifier;
+    switch (event.key()) {
+    case Qt::Key_Up:
+    case Qt::Key_Down:
+    case Qt::Key_Left:
+    case Qt::Key_Right:
+    case Qt::Key_Home:
+    case Qt::Key_End:
+    case Qt::Key_PageUp:
+    case Qt::Key_PageDown:
+        return (modifiers & ~Qt::ShiftModifier) == Qt::NoModifier;
+    case Qt::Key_Escape:
+    case Qt::Key_Tab:
+    case Qt::Key_Backtab:
+        return true;
+    case Qt::Key_C:
+    case Qt::Key_A:
+        return modifiers == Qt::ControlModifier;
+    default:
+        return false;
+    }
 }
 
 bool KRTodoWindow::isBelowRows(const QMouseEvent& event) const {

@@ -11,10 +11,13 @@
 
 class KRCheckListView;
 class KRHostWidget;
+class KRTodoChecklists;
 class KRTodoMenus;
 class KRTodoShortcutsWindow;
+class KRTodoSidebar;
 class KRTodoStore;
 class QKeyEvent;
+class QLabel;
 class QMouseEvent;
 class QScrollArea;
 class QToolButton;
@@ -29,6 +32,12 @@ public:
     ~KRTodoWindow() override;
 
     KRTodoStore& store() const { return *m_store; }
+    const std::shared_ptr<KRTodoStore>& sharedStore() const { return m_store; }
+    // Shows another checklist's store in the list, with its own undo history.
+    void showStore(std::shared_ptr<KRTodoStore> store);
+    // Shows the checklists in a sidebar, by which the user picks, adds, renames, deletes and reorders them.
+    void showChecklists(KRTodoChecklists& checklists);
+    KRTodoSidebar* sidebar() const { return m_sidebar; }
     KRCheckListView& checkListView() const { return *m_checkListView; }
     KRHostWidget& hostWidget() const { return *m_hostWidget; }
     QScrollArea& scrollArea() const { return *m_scrollArea; }
@@ -36,6 +45,15 @@ public:
     // Shown over an empty checklist: what to press, and a button that adds an item to type into.
     QWidget& emptyHint() const { return *m_emptyHint; }
     QToolButton& addButton() const { return *m_addButton; }
+    // Says why the checklist can't be changed, in the status bar; null while it can be.
+    QLabel* readOnlyNotice() const { return m_readOnlyNotice; }
+
+    // "Groceries — KRTodo": the checklist's name, or the app's alone while it has none.
+    static QString titleForChecklist(const QString& name);
+    // The database setting that names the checklist the window shows, so that it reopens on it.
+    static QString checklistSettingKey();
+    // Shows that the checklist can't be changed and why, and lets no key or menu change it.
+    void showReadOnlyReason(const QString& reason);
     // Help › Keyboard Shortcuts, made when first asked for.
     KRTodoShortcutsWindow& keyboardShortcutsWindow();
     void showKeyboardShortcuts();
@@ -62,6 +80,9 @@ protected:
 
 private:
     void setUpCheckListView();
+    void attachStore();
+    void detachStore();
+    void followFocusForUndo();
     void setUpHelpMenu();
     void setUpScrollArea();
     void scheduleHeightUpdate();
@@ -71,6 +92,7 @@ private:
     void updateEmptyHint();
     void addItemFromButton();
     bool scrollByPageForKey(const QKeyEvent& event);
+    static bool isKeyAllowedWhileReadOnly(const QKeyEvent& event);
     // After Tab or Shift+Tab leaves the list focused with nothing edited or selected, the item at index is
     // selected on the next turn, so that the arrows, Return and Delete have something to act on.
     void selectItemAfterFocusMove(KRUInteger index);
@@ -89,6 +111,9 @@ private:
     std::unique_ptr<KRTodoMenus> m_menus;
     QWidget* m_emptyHint = nullptr;
     QToolButton* m_addButton = nullptr;
+    QLabel* m_readOnlyNotice = nullptr;
+    KRTodoChecklists* m_checklists = nullptr;
+    KRTodoSidebar* m_sidebar = nullptr;
     KRTodoShortcutsWindow* m_shortcutsWindow = nullptr;
     bool m_heightUpdateScheduled = false;
     bool m_caretRevealScheduled = false;

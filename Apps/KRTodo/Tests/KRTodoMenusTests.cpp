@@ -173,7 +173,8 @@ TEST_F(KRTodoMenusTests, MenuBarHasFileEditItemAndHelpMenus) {
             editTexts << item->text().remove(QLatin1Char('&'));
         }
     }
-    EXPECT_EQ(editTexts, (QStringList{QStringLiteral("Cut"), QStringLiteral("Copy"), QStringLiteral("Paste"),
+    EXPECT_EQ(editTexts, (QStringList{QStringLiteral("Undo"), QStringLiteral("Redo"), QStringLiteral("Cut"),
+                                      QStringLiteral("Copy"), QStringLiteral("Paste"),
                                       QStringLiteral("Delete"), QStringLiteral("Select All")}));
     QStringList itemTexts;
     for (const QAction* item : menus().itemMenu().actions()) {

@@ -1,8 +1,11 @@
 #include "KRTodoWindow.h"
 
+#include "KRTodoDatabase.h"
 #include "KRTodoDefaults.h"
+#include "KRTodoMenus.h"
 #include "KRTodoStore.h"
 
+#include "KRCheckListItemView.h"
 #include "KRCheckListView.h"
 
 #include "Foundation/KRClock.h"
@@ -13,10 +16,13 @@
 #include <QApplication>
 #include <QCoreApplication>
 #include <QDir>
+#include <QFile>
 #include <QKeyEvent>
+#include <QLabel>
 #include <QMouseEvent>
 #include <QScrollArea>
 #include <QScrollBar>
+#include <QTemporaryDir>
 #include <QTest>
 #include <QToolButton>
 
@@ -504,4 +510,97 @@ TEST_F(KRTodoEmptyWindowTests, TheHintComesBackWhenTheLastItemGoes) {
     window.checkListView().removeItemAtIndex(0);
     window.settle();
     EXPECT_TRUE(window.emptyHint().isVisible());
+}
+
+// Titles in every script
+// -------------------------------------------------------------------------------------------------------
+
+namespace {
+
+// The list of one item with this title, drawn.
+QImage drawTitle(const QString& title) {
+    const auto store =
+        std::make_shared<KRTodoStore>(std::vector<KRTodoItem>{{QString(), KRTodoItem::Open, title}});
+    KRTodoWindow window(store);
+    window.setAttribute(Qt::WA_DontShowOnScreen);
+    window.show();
+    window.settle();
+    return window.renderCheckListToImage(1.0);
+}
+
+} // namespace
+
+TEST(KRTodoWindowScriptTests, EmojiDrawInColour) {
+    // Red apples: a colour emoji font draws red; a missing glyph is a grey box, text is grey or black.
+    const QImage image = drawTitle(QStringLiteral("\U0001F34E\U0001F34E\U0001F34E"));
+    int red = 0;
+    for (int y = 0; y < image.height(); ++y) {
+        for (int x = 0; x < image.width(); ++x) {
+            const QColor colour = image.pixelColor(x, y);
+            if (colour.red() > 180 && colour.green() < 90 && colour.blue() < 90) {
+                ++red;
+            }
+        }
+    }
+    EXPECT_GT(red, 20);
+}
+
+TEST(KRTodoWindowScriptTests, ChineseJapaneseAndKoreanDrawTheirOwnGlyphs) {
+    // Missing glyphs all draw as the same box; real ones differ from each other.
+    const QImage sun = drawTitle(QStringLiteral("\u65E5\u65E5\u65E5"));
+    const QImage book = drawTitle(QStringLiteral("\u672C\u672C\u672C"));
+    const QImage hangul = drawTitle(QStringLiteral("\uD55C\uD55C\uD55C"));
+    const QImage kana = drawTitle(QStringLiteral("\u30BF\u30BF\u30BF"));
+    EXPECT_NE(sun, book);
+    EXPECT_NE(sun, hangul);
+    EXPECT_NE(book, kana);
+    EXPECT_NE(hangul, kana);
+}
+
+// A read-only checklist
+// -------------------------------------------------------------------------------------------------------
+
+TEST(KRTodoReadOnlyWindowTests, SaysWhyAndTakesNoChangeFromKeysMenusOrClicks) {
+    QTemporaryDir directory;
+    const QString path = directory.filePath(QStringLiteral("KRTodo.sqlite"));
+    {
+        std::shared_ptr<KRTodoDatabase> database = KRTodoDatabase::open(path);
+        const qint64 checklist = database->addChecklist(QStringLiteral("Groceries"), 1.0).value_or(0);
+        KRTodoStore::makeStore(database, checklist, QString())
+            ->insertItems({{QString(), KRTodoItem::Open, QStringLiteral("milk")}}, KRIndexSet(0), nullptr);
+    }
+    ASSERT_TRUE(QFile::setPermissions(path, QFileDevice::ReadOwner));
+    std::shared_ptr<KRTodoDatabase> database = KRTodoDatabase::open(path);
+    ASSERT_TRUE(database->isReadOnly());
+    const auto store = KRTodoStore::makeStore(database, database->checklists().at(0).identifier, QString());
+    KRTodoWindow window(store);
+    window.showReadOnlyReason(database->message());
+    window.show();
+    window.activateWindow();
+    window.hostWidget().setFocus();
+    window.settle();
+
+    ASSERT_NE(window.readOnlyNotice(), nullptr);
+    EXPECT_TRUE(window.readOnlyNotice()->isVisible());
+    EXPECT_EQ(window.readOnlyNotice()->text(), database->message());
+    for (const KRTodoMenus::Command command :
+         {KRTodoMenus::Command::InsertBelow, KRTodoMenus::Command::Paste, KRTodoMenus::Command::Undo,
+          KRTodoMenus::Command::ToggleCompleted, KRTodoMenus::Command::MoveDown}) {
+        EXPECT_FALSE(window.menus().validate(command));
+    }
+
+    window.checkListView().beginEditingItemAtIndexSelectRange(0, KRRange{KRUIntegerMax, 0});
+    window.settle();
+    QTest::keyClicks(&window.hostWidget(), QStringLiteral("shake"));
+    QTest::keyClick(&window.hostWidget(), Qt::Key_Return);
+    QTest::keyClick(&window.hostWidget(), Qt::Key_N, Qt::ControlModifier);
+    QTest::keyClick(&window.hostWidget(), Qt::Key_D, Qt::ControlModifier);
+    window.settle();
+    KRCheckListItemView& row = *window.checkListView().checkListViewItemViewForItemAtIndex(0);
+    row.checkListItemViewValidateChangedStatus(&row, KRTodoItem::Completed);
+    window.settle();
+    EXPECT_EQ(store->dump(), QStringLiteral("open\tmilk\n"));
+    EXPECT_EQ(window.checkListView().titleForItemAtIndex(0), QStringLiteral("milk"));
+    EXPECT_EQ(window.checkListView().statusForItemAtIndex(0), KRTodoItem::Open);
+    QFile::setPermissions(path, QFileDevice::ReadOwner | QFileDevice::WriteOwner);
 }

@@ -2,7 +2,7 @@
 """KRTodo's copy and paste through the X clipboard, with two KRTodo processes and another program.
 
 On one X server (Xvfb):
-1. KRTodo A starts with its sample checklist (open, completed and canceled items); Ctrl+A twice selects
+1. KRTodo A starts with its sample checklist (--sample) (open, completed and canceled items); Ctrl+A twice selects
    every item, and Ctrl+C copies them.
 2. KRTodo B starts empty; Ctrl+V pastes A's items with their statuses, then B quits and writes its items.
 3. xclip, another program, puts three lines of text with "-" and "+" markers on the clipboard; KRTodo C
@@ -17,8 +17,8 @@ import os
 import subprocess
 import sys
 
-from krtodo_keyboard_session import (SessionError, XSession, keys, run_main, type_text, wait_until,
-                                     xdotool)
+from krtodo_keyboard_session import (SessionError, XSession, find_window, fresh_database, keys, run_main,
+                                     type_text, wait_until, xdotool)
 
 SAMPLE = [
     ("completed", "Renew passport"),
@@ -48,21 +48,20 @@ FROM_TEXT = [
 class App:
     """One KRTodo process on the session's display, with its window once it is mapped."""
 
-    def __init__(self, path, env, log, dump_path, *options):
+    def __init__(self, path, env, log, dump_path, *options, database=None):
+        """Each app keeps its own database beside its dump, new unless one is given (to start again on
+        what an earlier app left)."""
         if os.path.exists(dump_path):
             os.remove(dump_path)
         self.dump_path = dump_path
+        self.database = database or fresh_database(os.path.splitext(dump_path)[0] + ".sqlite")
         self.env = env
-        self.process = subprocess.Popen([path, "--dump-file", dump_path, *options], env=env, stdout=log,
-                                        stderr=log)
+        self.process = subprocess.Popen([path, "--database", self.database, "--dump-file", dump_path, *options],
+                                        env=env, stdout=log, stderr=log)
         self.window = wait_until(self._find_window, f"the window of KRTodo {options}")[0]
 
     def _find_window(self):
-        if self.process.poll() is not None:
-            raise SessionError(f"KRTodo ended early with status {self.process.returncode}")
-        found = subprocess.run(["xdotool", "search", "--all", "--onlyvisible", "--pid", str(self.process.pid),
-                                "--name", "^KRTodo$"], env=self.env, capture_output=True, text=True)
-        return found.stdout.split()
+        return find_window(self.env, self.process)
 
     def focus(self):
         xdotool(self.env, "windowfocus", "--sync", self.window)
@@ -103,7 +102,7 @@ def run_session(app_path, out_dir):
 
         # Items with their statuses, from one KRTodo to another.
         source = session.launch(
-            lambda env: App(app_path, env, log, os.path.join(out_dir, "KRTodo-copied-from.txt")))
+            lambda env: App(app_path, env, log, os.path.join(out_dir, "KRTodo-copied-from.txt"), "--sample"))
         env = session.env
         source.focus()
         # The first Select All takes the edited title, the second every item.

@@ -39,7 +39,9 @@ def selected_row_extent(env, window):
         red, _, blue = rgb[offset:offset + 3]
         return blue > red + 8
 
-    column = width // 2
+    # Near the right edge: the rows are there, the checklists' sidebar (whose current row is drawn
+    # selected too) is on the left.
+    column = width - 60
     top = next((y for y in range(height) if is_fill(column, y)), None)
     if top is None:
         return None
@@ -128,7 +130,8 @@ def run_session(app_path, out_dir):
 
         # A list longer than its window: the first item held at the bottom edge goes all the way down.
         long_list = session.launch(
-            lambda env: App(app_path, env, log, os.path.join(out_dir, "KRTodo-dragged-to-the-end.txt")))
+            lambda env: App(app_path, env, log, os.path.join(out_dir, "KRTodo-dragged-to-the-end.txt"),
+                            "--sample"))
         xdotool(env, "windowsize", "--sync", long_list.window, "480", "220")
         long_list.focus()
         # The first item edited, then selected: where its handle is.

@@ -18,6 +18,7 @@ import shutil
 import struct
 import subprocess
 import sys
+import tempfile
 import time
 import zlib
 
@@ -71,9 +72,22 @@ def start_x_server(log):
     return server, ":" + number.decode().strip()
 
 
+# Where KRTodo keeps its database unless --database says otherwise: never the user's own during a test.
+TEST_DATA_HOME = tempfile.mkdtemp(prefix="krtodo-data-")
+
+
+def fresh_database(path):
+    """path with no database, nor its log, index or lock beside it: KRTodo makes a new one there."""
+    for suffix in ("", "-wal", "-shm", ".lock"):
+        if os.path.exists(path + suffix):
+            os.remove(path + suffix)
+    return path
+
+
 def app_environment(display):
     """The environment of programs on the session's display."""
     env = dict(os.environ)
+    env["XDG_DATA_HOME"] = TEST_DATA_HOME
     env["DISPLAY"] = display
     env["QT_QPA_PLATFORM"] = "xcb"
     env.pop("WAYLAND_DISPLAY", None)
@@ -220,11 +234,13 @@ def capture_when_still(env, window, path):
 # Session ---------------------------------------------------------------------------------------------------
 
 def find_window(env, app_process):
-    """The KRTodo window once it is mapped; fails at once when the app has ended."""
+    """The KRTodo window once it is mapped; fails at once when the app has ended. Found by the process,
+    since its title names the checklist."""
     if app_process.poll() is not None:
         raise SessionError(f"KRTodo ended early with status {app_process.returncode}")
-    found = subprocess.run(["xdotool", "search", "--onlyvisible", "--name", "^KRTodo$"], env=env,
-                           capture_output=True, text=True, timeout=DEADLINE_SECONDS)
+    found = subprocess.run(["xdotool", "search", "--all", "--onlyvisible", "--pid", str(app_process.pid),
+                            "--name", "KRTodo$"], env=env, capture_output=True, text=True,
+                           timeout=DEADLINE_SECONDS)
     return found.stdout.split()
 
 
@@ -249,8 +265,9 @@ def run_session(app, out_dir):
                     raise
                 continue
             env = app_environment(display)
-            app_process = subprocess.Popen([app, "--empty", "--dump-file", dump_path], env=env,
-                                           stdout=log, stderr=log)
+            database = fresh_database(os.path.join(out_dir, "KRTodo-keyboard-session.sqlite"))
+            app_process = subprocess.Popen([app, "--empty", "--database", database, "--dump-file", dump_path],
+                                           env=env, stdout=log, stderr=log)
             try:
                 window = wait_until(lambda: find_window(env, app_process), "the KRTodo window")[0]
                 break

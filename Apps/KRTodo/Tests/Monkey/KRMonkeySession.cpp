@@ -2,6 +2,7 @@
 
 #include "KRMonkeyApplication.h"
 
+#include "KRTodoDatabase.h"
 #include "KRTodoStore.h"
 #include "KRTodoWindow.h"
 
@@ -21,6 +22,7 @@
 #include <QKeyEvent>
 #include <QMouseEvent>
 #include <QTest>
+#include <QUndoStack>
 
 #include <algorithm>
 #include <cmath>
@@ -52,7 +54,12 @@ KRMonkeySession::KRMonkeySession() {
     KRMonkeyApplication::takeCaughtException();
 
     m_log = std::make_unique<KRLogCapture>();
-    m_store = KRTodoStore::makeSampleStore();
+    m_database = KRTodoDatabase::open(m_directory.filePath(QStringLiteral("KRTodo.sqlite")));
+    const qint64 checklist = m_database->addChecklist(QStringLiteral("Trip"), 1.0).value_or(0);
+    m_store = KRTodoStore::makeStore(m_database, checklist, QStringLiteral("Trip"));
+    const std::vector<KRTodoItem> sample = KRTodoStore::sampleItems();
+    m_store->insertItems(sample, KRIndexSet(KRRange{0, sample.size()}), nullptr);
+    m_store->undoStack().clear();
     m_window = std::make_unique<KRTodoWindow>(m_store);
     m_window->setAttribute(Qt::WA_DontShowOnScreen);
     m_window->show();
@@ -66,6 +73,8 @@ KRMonkeySession::KRMonkeySession() {
 
 KRMonkeySession::~KRMonkeySession() {
     m_window.reset();
+    m_store.reset();
+    m_database.reset();
     KRRunLoop::main().cancelAll();
     KRPasteboard::setGeneralPasteboard(nullptr);
     KRMonkeyApplication::takeCaughtException();
@@ -234,6 +243,38 @@ std::optional<KRMonkeyFailure> KRMonkeySession::checkInvariants() const {
     if (edited != KRNotFound && selected.containsIndex(edited)) {
         return KRMonkeyFailure::brokenInvariant(QStringLiteral("the edited item is also selected"),
                                                 QStringLiteral("edited index %1").arg(edited));
+    }
+    return checkStoredItems();
+}
+
+std::optional<KRMonkeyFailure> KRMonkeySession::checkStoredItems() const {
+    const std::vector<KRTodoItemRecord> stored = m_database->items(m_store->checklist());
+    const std::vector<KRTodoItem>& items = m_store->items();
+    if (stored.size() != items.size()) {
+        return KRMonkeyFailure::brokenInvariant(
+            QStringLiteral("the file holds another number of items than the store"),
+            QStringLiteral("%1 stored, %2 in the store").arg(stored.size()).arg(items.size()));
+    }
+    for (std::size_t index = 0; index < items.size(); ++index) {
+        const KRTodoItem& item = stored[index].item;
+        if (item.identifier != items[index].identifier || item.status != items[index].status) {
+            return KRMonkeyFailure::brokenInvariant(
+                QStringLiteral("the file holds another item or status than the store"),
+                QStringLiteral("at %1 the file has %2 (status %3), the store %4 (status %5)")
+                    .arg(index)
+                    .arg(item.identifier)
+                    .arg(item.status)
+                    .arg(items[index].identifier)
+                    .arg(items[index].status));
+        }
+        // Typing is written a moment later: until then the file may hold the title before it.
+        if (!m_store->hasUncommittedTitles() && item.title != items[index].title) {
+            return KRMonkeyFailure::brokenInvariant(
+                QStringLiteral("the file holds another title than the store"),
+                QStringLiteral("at %1 the file has \"%2\", the store \"%3\"")
+                    .arg(index)
+                    .arg(item.title, items[index].title));
+        }
     }
     return std::nullopt;
 }

@@ -8,6 +8,7 @@
 #include <QRectF>
 #include <QString>
 #include <QStringList>
+#include <QTemporaryDir>
 
 #include <cstddef>
 #include <memory>
@@ -17,11 +18,13 @@
 class KRCheckListView;
 class KRHostWidget;
 class KRLogCapture;
+class KRTodoDatabase;
 class KRTodoStore;
 class KRTodoWindow;
 class KRView;
 
-// KRTodo's real window over a fresh sample store, on the offscreen platform with the manual clock, ready
+// KRTodo's real window over a fresh sample store kept in a database file of its own (in a temporary
+// directory), on the offscreen platform with the manual clock, ready
 // for events. Every session starts from the same state (clock, run loop, pasteboard, modifiers), so the
 // same events do the same things in every session: that is what replaying and shrinking rely on.
 class KRMonkeySession {
@@ -52,7 +55,9 @@ public:
 
     // Delivers event, lets the window settle, then checks the invariants. done receives what the event did.
     std::optional<KRMonkeyFailure> deliver(const KRMonkeyEvent& event, QString* done = nullptr);
-    // The list shows exactly the store's items, and its selection and edited item lie among them.
+    // The list shows exactly the store's items, and its selection and edited item lie among them; the file
+    // holds the same items in the same order with the same statuses, and their titles once what was typed
+    // has been written.
     std::optional<KRMonkeyFailure> checkInvariants() const;
     // The list's state in one line: items, edited item, selection.
     QString describeState() const;
@@ -73,7 +78,11 @@ private:
     void settle();
     std::optional<KRMonkeyFailure> takeException();
 
+    std::optional<KRMonkeyFailure> checkStoredItems() const;
+
     std::unique_ptr<KRLogCapture> m_log;
+    QTemporaryDir m_directory;
+    std::shared_ptr<KRTodoDatabase> m_database;
     std::shared_ptr<KRTodoStore> m_store;
     std::unique_ptr<KRTodoWindow> m_window;
     QStringList m_lastEventLog;

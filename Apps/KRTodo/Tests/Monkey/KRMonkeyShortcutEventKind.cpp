@@ -28,6 +28,9 @@ const std::vector<Shortcut>& menuShortcuts() {
         {Qt::Key_X, Qt::ControlModifier},
         {Qt::Key_V, Qt::ControlModifier},
         {Qt::Key_Delete, Qt::NoModifier},
+        {Qt::Key_Z, Qt::ControlModifier},
+        {Qt::Key_Z, Qt::ControlModifier | Qt::ShiftModifier},
+        {Qt::Key_Y, Qt::ControlModifier},
     };
     return shortcuts;
 }
