@@ -8,6 +8,7 @@
 #include "KRTodoStore.h"
 
 #include "KRCheckListView.h"
+#include "KRCheckListWidget.h"
 
 #include "Foundation/KRClock.h"
 #include "Foundation/KRRunLoop.h"
@@ -39,14 +40,9 @@
 
 namespace {
 
-// The list's width until the window gives it its own, and the window's first size.
-constexpr double kInitialListWidth = 480.0;
+// The window's first size.
 constexpr int kInitialWindowWidth = 480;
 constexpr int kInitialWindowHeight = 560;
-// How many rounds of events settle() runs at most; a round in which nothing changes ends it earlier.
-constexpr int kMaximumSettleRounds = 50;
-// How much room the caret keeps from the viewport's top and bottom edges when it is scrolled into view.
-constexpr int kCaretMargin = 8;
 
 } // namespace
 
@@ -99,13 +95,10 @@ KRTodoWindow::~KRTodoWindow() {
 }
 
 void KRTodoWindow::setUpCheckListView() {
-    m_checkListView = std::make_shared<KRCheckListView>(KRRectMake(0.0, 0.0, kInitialListWidth, 0.0));
+    m_checkListWidget = new KRCheckListWidget;
+    m_checkListView = m_checkListWidget->sharedCheckListView();
+    m_hostWidget = &m_checkListWidget->hostWidget();
     attachStore();
-
-    // The host sizes the list to itself: as wide as the viewport, and at least as tall as the rows.
-    m_hostWidget = new KRHostWidget;
-    m_hostWidget->setContentView(m_checkListView);
-    m_hostWidget->setResizesContentView(true);
     m_hostWidget->installEventFilter(this);
 }
 
@@ -131,21 +124,18 @@ void KRTodoWindow::showKeyboardShortcuts() {
 }
 
 void KRTodoWindow::setUpScrollArea() {
-    m_scrollArea = new QScrollArea;
-    m_scrollArea->setFrameShape(QFrame::NoFrame);
-    m_scrollArea->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
-    m_scrollArea->setWidgetResizable(true);
-    // The list inside takes the focus; the frame around it is no stop of its own for Tab.
-    m_scrollArea->setFocusPolicy(Qt::NoFocus);
-    m_scrollArea->setWidget(m_hostWidget);
-    setCentralWidget(m_scrollArea);
+    setCentralWidget(m_checkListWidget);
     m_hostWidget->setFocus();
+}
+
+QScrollArea& KRTodoWindow::scrollArea() const {
+    return *m_checkListWidget;
 }
 
 void KRTodoWindow::attachStore() {
     m_checkListView->setDataSource(m_store);
     m_checkListView->setDelegate(m_store);
-    m_store->setSizeThatFitsChangedHandler([this](KRCheckListView*) { scheduleHeightUpdate(); });
+    m_store->setSizeThatFitsChangedHandler([this](KRCheckListView*) { scheduleEmptyHintUpdate(); });
     m_store->setDidBeginEditingHandler([this](KRCheckListView*, KRUInteger) { scheduleCaretReveal(); });
 }
 
@@ -168,8 +158,8 @@ void KRTodoWindow::showStore(std::shared_ptr<KRTodoStore> store) {
     m_checkListView->reloadItems();
     setWindowTitle(titleForChecklist(m_store->name()));
     followFocusForUndo();
-    scheduleHeightUpdate();
-    m_scrollArea->verticalScrollBar()->setValue(0);
+    scheduleEmptyHintUpdate();
+    m_checkListWidget->verticalScrollBar()->setValue(0);
 }
 
 void KRTodoWindow::showChecklists(KRTodoChecklists& checklists) {
@@ -212,16 +202,17 @@ void KRTodoWindow::followFocusForUndo() {
     }
 }
 
-// The list reports a new fitting size from inside its layout pass. The host follows on a later turn, so
-// that resizing the host never lays the list out again while it is laying itself out.
-void KRTodoWindow::scheduleHeightUpdate() {
-    if (m_heightUpdateScheduled) {
+// The list reports a new fitting size from inside its layout pass, when items come or go; the hint
+// follows on a later turn, as the widget's host does.
+void KRTodoWindow::scheduleEmptyHintUpdate() {
+    if (m_emptyHintUpdateScheduled) {
         return;
     }
-    m_heightUpdateScheduled = true;
+    m_emptyHintUpdateScheduled = true;
     KRRunLoop::main().performAfterDelay(0.0, [window = QPointer<KRTodoWindow>(this)] {
         if (window) {
-            window->updateHeight();
+            window->m_emptyHintUpdateScheduled = false;
+            window->updateEmptyHint();
         }
     });
 }
@@ -230,7 +221,7 @@ void KRTodoWindow::scheduleHeightUpdate() {
 // -------------------------------------------------------------------------------------------------------
 
 void KRTodoWindow::setUpEmptyHint() {
-    m_emptyHint = new QWidget(m_scrollArea->viewport());
+    m_emptyHint = new QWidget(m_checkListWidget->viewport());
     auto* layout = new QVBoxLayout(m_emptyHint);
     auto* text = new QLabel(QStringLiteral("No items yet.\nPress Ctrl+N, or click +, to add one."));
     text->setAlignment(Qt::AlignCenter);
@@ -251,7 +242,7 @@ void KRTodoWindow::updateEmptyHint() {
     const bool empty = m_checkListView->numberOfItems() == 0;
     if (empty) {
         m_emptyHint->adjustSize();
-        const QSize room = m_scrollArea->viewport()->size();
+        const QSize room = m_checkListWidget->viewport()->size();
         m_emptyHint->move((room.width() - m_emptyHint->width()) / 2,
                           (room.height() - m_emptyHint->height()) / 2);
     }
@@ -263,14 +254,6 @@ void KRTodoWindow::addItemFromButton() {
         m_hostWidget->setFocus();
         scheduleCaretReveal();
     }
-}
-
-void KRTodoWindow::updateHeight() {
-    m_heightUpdateScheduled = false;
-    updateEmptyHint();
-    // A zero size asks for the fitting size of the last layout pass without laying out again.
-    const KRSize fitting = m_checkListView->sizeThatFits(KRSizeZero);
-    m_hostWidget->setMinimumHeight(static_cast<int>(std::ceil(fitting.height)));
 }
 
 // Caret
@@ -305,16 +288,11 @@ bool KRTodoWindow::eventFilter(QObject* watched, QEvent* event) {
     }
     switch (event->type()) {
     case QEvent::KeyPress:
-        if (scrollByPageForKey(*static_cast<QKeyEvent*>(event))) {
-            return true;
-        }
         if (const int key = static_cast<QKeyEvent*>(event)->key();
             key == Qt::Key_Tab || key == Qt::Key_Backtab) {
             // When the focus goes round to the list again, the item that was edited is the one selected.
             selectItemAfterFocusMove(m_checkListView->indexForEditedItem());
         }
-        // Typing and moving between rows move the caret, and may add rows that the host has yet to grow for.
-        scheduleCaretReveal();
         break;
     case QEvent::MouseButtonPress:
         endEditingForPressBelowRows(*static_cast<QMouseEvent*>(event));
@@ -337,14 +315,6 @@ bool KRTodoWindow::eventFilter(QObject* watched, QEvent* event) {
             return true;
         }
         break;
-    case QEvent::MouseMove: {
-        // A drag runs from the press on a handle; its moves come to the host wherever the pointer is.
-        const auto* move = static_cast<const QMouseEvent*>(event);
-        if ((move->buttons() & Qt::LeftButton) && m_checkListView->isDragging()) {
-            followDraggingPointer(move->globalPosition());
-        }
-        break;
-    }
     default:
         break;
     }
@@ -364,18 +334,6 @@ void KRTodoWindow::selectItemAfterFocusMove(KRUInteger index) {
             list.selectItemsAtIndexesByExtendingSelection(KRIndexSet(index), false);
         }
     });
-}
-
-// Page Up and Page Down scroll by a page whatever is edited or selected, and leave both as they are.
-bool KRTodoWindow::scrollByPageForKey(const QKeyEvent& event) {
-    const bool pageUp = event.key() == Qt::Key_PageUp;
-    if ((!pageUp && event.key() != Qt::Key_PageDown) ||
-        (event.modifiers() & ~(Qt::ShiftModifier | Qt::KeypadModifier))) {
-        return false;
-    }
-    m_scrollArea->verticalScrollBar()->triggerAction(pageUp ? QAbstractSlider::SliderPageStepSub
-                                                            : QAbstractSlider::SliderPageStepAdd);
-    return true;
 }
 
 // A read-only checklist takes the keys that move about in it and copy from it, and no others.
@@ -431,134 +389,28 @@ bool KRTodoWindow::insertItemForDoubleClickBelowRows(const QMouseEvent& event) {
 }
 
 QRect KRTodoWindow::caretRectInHostWidget() const {
-    // While a title is edited its field editor is the window's first responder.
-    const auto* editor = dynamic_cast<const KRTextView*>(m_hostWidget->krWindow().firstResponder());
-    if (!editor || !editor->window()) {
-        return QRect();
-    }
-    // The host's coordinates are its window's.
-    const KRRect caret = editor->convertRectToView(editor->insertionPointRect(), nullptr);
-    if (KRRectIsNull(caret)) {
-        return QRect();
-    }
-    return KRToQRectF(caret).toAlignedRect();
+    return m_checkListWidget->caretRectInHostWidget();
 }
 
 void KRTodoWindow::scheduleCaretReveal() {
-    if (m_caretRevealScheduled) {
-        return;
-    }
-    m_caretRevealScheduled = true;
-    KRRunLoop::main().performAfterDelay(0.0, [window = QPointer<KRTodoWindow>(this)] {
-        if (window) {
-            window->revealCaret();
-        }
-    });
+    m_checkListWidget->scheduleCaretReveal();
 }
 
-void KRTodoWindow::revealCaret() {
-    m_caretRevealScheduled = false;
-    // The caret's place is known after the list's pass, and reachable once the host has its new height.
-    m_hostWidget->krWindow().updateIfNeeded();
-    if (m_heightUpdateScheduled) {
-        updateHeight();
-    }
-    const QRect caret = caretRectInHostWidget();
-    if (caret.isNull()) {
-        return;
-    }
-    const QPoint centre = caret.center();
-    m_scrollArea->ensureVisible(centre.x(), centre.y(), 0, caret.height() / 2 + kCaretMargin);
+bool KRTodoWindow::isCaretRevealScheduled() const {
+    return m_checkListWidget->isCaretRevealScheduled();
 }
-
-// Auto-scroll
-// -------------------------------------------------------------------------------------------------------
 
 double KRTodoWindow::autoScrollSpeedAtViewportY(double y) const {
-    const double height = m_scrollArea->viewport()->height();
-    // A viewport too low for two full zones shares it between them.
-    const double zone = std::min(KRTodoDefaults::autoScrollEdgeZoneHeight(), height / 2.0);
-    if (zone <= 0.0) {
-        return 0.0;
-    }
-    const double minimum = KRTodoDefaults::autoScrollMinimumSpeed();
-    const double maximum = KRTodoDefaults::autoScrollMaximumSpeed();
-    // 0 where the pointer enters a zone, 1 at the viewport's edge and beyond it.
-    const auto speedAtDepth = [&](double depth) {
-        return minimum + (maximum - minimum) * std::clamp(depth, 0.0, 1.0);
-    };
-    if (y < zone) {
-        return -speedAtDepth((zone - y) / zone);
-    }
-    if (y > height - zone) {
-        return speedAtDepth((y - (height - zone)) / zone);
-    }
-    return 0.0;
+    return m_checkListWidget->autoScrollSpeedAtViewportY(y);
 }
 
-void KRTodoWindow::followDraggingPointer(QPointF globalPosition) {
-    m_draggingPointer = globalPosition;
-    const double y = m_scrollArea->viewport()->mapFromGlobal(globalPosition).y();
-    if (autoScrollSpeedAtViewportY(y) != 0.0 && !m_autoScrollScheduled) {
-        m_lastAutoScrollTime = KRClock::now();
-        m_autoScrollRemainder = 0.0;
-        scheduleAutoScroll();
-    }
-}
-
-void KRTodoWindow::scheduleAutoScroll() {
-    m_autoScrollScheduled = true;
-    KRRunLoop::main().performAfterDelay(KRTodoDefaults::autoScrollInterval(),
-                                        [window = QPointer<KRTodoWindow>(this)] {
-                                            if (window) {
-                                                window->autoScroll();
-                                            }
-                                        });
-}
-
-// One step: scroll by the speed times the time since the last step, then hand the pointer to the host
-// again, so that the dragged row stays under it in the list's coordinates.
-void KRTodoWindow::autoScroll() {
-    m_autoScrollScheduled = false;
-    if (!m_checkListView->isDragging()) {
-        return;
-    }
-    const double y = m_scrollArea->viewport()->mapFromGlobal(m_draggingPointer).y();
-    const double speed = autoScrollSpeedAtViewportY(y);
-    if (speed == 0.0) {
-        return;
-    }
-    const double now = KRClock::now();
-    const double distance = speed * (now - m_lastAutoScrollTime) + m_autoScrollRemainder;
-    m_lastAutoScrollTime = now;
-    const double whole = std::trunc(distance);
-    m_autoScrollRemainder = distance - whole;
-    QScrollBar* scrollBar = m_scrollArea->verticalScrollBar();
-    const int before = scrollBar->value();
-    scrollBar->setValue(before + static_cast<int>(whole));
-    // The next step first: the move below passes the event filter, which would otherwise start over.
-    scheduleAutoScroll();
-    if (scrollBar->value() != before) {
-        const QPointF position = m_hostWidget->mapFromGlobal(m_draggingPointer);
-        QMouseEvent move(QEvent::MouseMove, position, m_draggingPointer, Qt::NoButton, Qt::LeftButton,
-                         Qt::NoModifier);
-        QCoreApplication::sendEvent(m_hostWidget, &move);
-    }
+bool KRTodoWindow::isAutoScrollScheduled() const {
+    return m_checkListWidget->isAutoScrollScheduled();
 }
 
 void KRTodoWindow::settle() {
-    for (int round = 0; round < kMaximumSettleRounds; ++round) {
-        const QSize hostSize = m_hostWidget->size();
-        const KRSize fitting = m_checkListView->lastSizeThatFits();
-        QCoreApplication::processEvents();
-        KRRunLoop::main().runUntilIdle();
-        m_hostWidget->krWindow().updateIfNeeded();
-        const bool unchanged =
-            hostSize == m_hostWidget->size() && fitting == m_checkListView->lastSizeThatFits();
-        if (unchanged && !m_heightUpdateScheduled) {
-            return;
-        }
-    }
+    m_checkListWidget->settle();
+    KRRunLoop::main().runUntilIdle();
 }
 
 QImage KRTodoWindow::renderCheckListToImage(double devicePixelRatio) {

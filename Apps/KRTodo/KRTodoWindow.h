@@ -10,6 +10,7 @@
 #include <memory>
 
 class KRCheckListView;
+class KRCheckListWidget;
 class KRHostWidget;
 class KRTodoChecklists;
 class KRTodoMenus;
@@ -22,10 +23,10 @@ class QMouseEvent;
 class QScrollArea;
 class QToolButton;
 
-// KRTodo's main window: the store's checklist in a scroll area. The list is as wide as the scroll area's
-// viewport and as tall as its rows; it scrolls when it is taller than the window, keeps the caret in view
-// while the user types and moves from row to row, and scrolls by itself while a row is dragged near the
-// viewport's top or bottom edge.
+// KRTodo's main window: the store's checklist in a KRCheckListWidget, which makes the list as wide as its
+// viewport and as tall as its rows, keeps the caret in view, scrolls with the wheel and the page keys and
+// by itself while a row is dragged near an edge. The window adds the empty-checklist hint, what clicks
+// below the rows do, the Tab rules, the menus, the sidebar and the undo history.
 class KRTodoWindow : public QMainWindow {
 public:
     explicit KRTodoWindow(std::shared_ptr<KRTodoStore> store, QWidget* parent = nullptr);
@@ -40,7 +41,8 @@ public:
     KRTodoSidebar* sidebar() const { return m_sidebar; }
     KRCheckListView& checkListView() const { return *m_checkListView; }
     KRHostWidget& hostWidget() const { return *m_hostWidget; }
-    QScrollArea& scrollArea() const { return *m_scrollArea; }
+    KRCheckListWidget& checkListWidget() const { return *m_checkListWidget; }
+    QScrollArea& scrollArea() const;
     KRTodoMenus& menus() const { return *m_menus; }
     // Shown over an empty checklist: what to press, and a button that adds an item to type into.
     QWidget& emptyHint() const { return *m_emptyHint; }
@@ -62,13 +64,13 @@ public:
     QRect caretRectInHostWidget() const;
     // Scrolls the caret into view on the next turn, once the list and the host have followed the change.
     void scheduleCaretReveal();
-    bool isCaretRevealScheduled() const { return m_caretRevealScheduled; }
+    bool isCaretRevealScheduled() const;
 
     // The speed at which the viewport scrolls by itself (points per second, negative upward) while a row is
     // dragged with the pointer at y in the viewport's coordinates: none outside the edge zones, faster the
     // deeper the pointer is in one, the most at the edge and beyond it.
     double autoScrollSpeedAtViewportY(double y) const;
-    bool isAutoScrollScheduled() const { return m_autoScrollScheduled; }
+    bool isAutoScrollScheduled() const;
 
     // Runs Qt's events and the toolkit's deferred work until the list's size has followed the window.
     void settle();
@@ -85,13 +87,10 @@ private:
     void followFocusForUndo();
     void setUpHelpMenu();
     void setUpScrollArea();
-    void scheduleHeightUpdate();
-    void updateHeight();
-    void revealCaret();
+    void scheduleEmptyHintUpdate();
     void setUpEmptyHint();
     void updateEmptyHint();
     void addItemFromButton();
-    bool scrollByPageForKey(const QKeyEvent& event);
     static bool isKeyAllowedWhileReadOnly(const QKeyEvent& event);
     // After Tab or Shift+Tab leaves the list focused with nothing edited or selected, the item at index is
     // selected on the next turn, so that the arrows, Return and Delete have something to act on.
@@ -99,14 +98,11 @@ private:
     bool isBelowRows(const QMouseEvent& event) const;
     void endEditingForPressBelowRows(const QMouseEvent& event);
     bool insertItemForDoubleClickBelowRows(const QMouseEvent& event);
-    void followDraggingPointer(QPointF globalPosition);
-    void scheduleAutoScroll();
-    void autoScroll();
 
     std::shared_ptr<KRTodoStore> m_store;
     std::shared_ptr<KRCheckListView> m_checkListView;
+    KRCheckListWidget* m_checkListWidget = nullptr;
     KRHostWidget* m_hostWidget = nullptr;
-    QScrollArea* m_scrollArea = nullptr;
     // Declared after the list it works on, so it goes first.
     std::unique_ptr<KRTodoMenus> m_menus;
     QWidget* m_emptyHint = nullptr;
@@ -115,12 +111,5 @@ private:
     KRTodoChecklists* m_checklists = nullptr;
     KRTodoSidebar* m_sidebar = nullptr;
     KRTodoShortcutsWindow* m_shortcutsWindow = nullptr;
-    bool m_heightUpdateScheduled = false;
-    bool m_caretRevealScheduled = false;
-    // The pointer of the running drag (screen coordinates), and the auto-scroll steps: when the last one
-    // ran, and the part of a point it left over.
-    QPointF m_draggingPointer;
-    bool m_autoScrollScheduled = false;
-    double m_lastAutoScrollTime = 0.0;
-    double m_autoScrollRemainder = 0.0;
+    bool m_emptyHintUpdateScheduled = false;
 };

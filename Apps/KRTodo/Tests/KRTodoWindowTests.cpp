@@ -5,6 +5,7 @@
 #include "KRTodoMenus.h"
 #include "KRTodoStore.h"
 
+#include "KRCheckListDefaults.h"
 #include "KRCheckListItemView.h"
 #include "KRCheckListView.h"
 
@@ -335,7 +336,7 @@ protected:
     // One display frame: the clock moves on and the due step runs.
     void runFrames(int count) {
         for (int frame = 0; frame < count; ++frame) {
-            KRClock::advance(KRTodoDefaults::autoScrollInterval());
+            KRClock::advance(KRCheckListDefaults::autoScrollInterval());
             KRRunLoop::main().runOneTurn();
         }
     }
@@ -346,9 +347,9 @@ protected:
 
 TEST_F(KRTodoWindowAutoScrollTests, TheSpeedIsZeroAwayFromTheEdgesAndGrowsWithTheDepthInAZone) {
     const double h = viewportHeight();
-    const double zone = KRTodoDefaults::autoScrollEdgeZoneHeight();
-    const double minimum = KRTodoDefaults::autoScrollMinimumSpeed();
-    const double maximum = KRTodoDefaults::autoScrollMaximumSpeed();
+    const double zone = KRCheckListDefaults::autoScrollEdgeZoneHeight();
+    const double minimum = KRCheckListDefaults::autoScrollMinimumSpeed();
+    const double maximum = KRCheckListDefaults::autoScrollMaximumSpeed();
     ASSERT_GT(h, 2 * zone);
 
     EXPECT_EQ(speedAt(h / 2), 0.0);
@@ -368,7 +369,7 @@ TEST_F(KRTodoWindowAutoScrollTests, DraggingARowNearTheBottomEdgeScrollsDownAndT
     KRCheckListView& list = window.checkListView();
     const QPointF pressed = pressHandleOfRow(1);
     ASSERT_TRUE(list.isDragging());
-    const double y = viewportHeight() - KRTodoDefaults::autoScrollEdgeZoneHeight() / 2;
+    const double y = viewportHeight() - KRCheckListDefaults::autoScrollEdgeZoneHeight() / 2;
     dragToViewportY(pressed.x(), y);
     ASSERT_EQ(scrollBar().value(), 0);
     const double offset = list.checkListViewItemViewForItemAtIndex(1)->frame().origin.y -
@@ -377,7 +378,7 @@ TEST_F(KRTodoWindowAutoScrollTests, DraggingARowNearTheBottomEdgeScrollsDownAndT
     runFrames(15);
 
     // A quarter of a second at the speed of the zone's middle.
-    const double expected = speedAt(y) * 15 * KRTodoDefaults::autoScrollInterval();
+    const double expected = speedAt(y) * 15 * KRCheckListDefaults::autoScrollInterval();
     EXPECT_NEAR(scrollBar().value(), expected, 1.0);
     // The pointer stays where it is on the screen, so in the list it has moved down by the scrolled distance.
     EXPECT_EQ(list.draggingSession()->mouseLocation().y, y + scrollBar().value());
@@ -388,7 +389,7 @@ TEST_F(KRTodoWindowAutoScrollTests, DraggingARowNearTheBottomEdgeScrollsDownAndT
 
 TEST_F(KRTodoWindowAutoScrollTests, DeeperInTheZoneScrollsFaster) {
     const QPointF pressed = pressHandleOfRow(1);
-    const double zone = KRTodoDefaults::autoScrollEdgeZoneHeight();
+    const double zone = KRCheckListDefaults::autoScrollEdgeZoneHeight();
     dragToViewportY(pressed.x(), viewportHeight() - zone * 0.75);
     runFrames(6);
     const int shallow = scrollBar().value();
@@ -414,7 +415,7 @@ TEST_F(KRTodoWindowAutoScrollTests, DraggingAboveTheViewportScrollsUpAtTheMaximu
     runFrames(6);
 
     const double expected =
-        KRTodoDefaults::autoScrollMaximumSpeed() * 6 * KRTodoDefaults::autoScrollInterval();
+        KRCheckListDefaults::autoScrollMaximumSpeed() * 6 * KRCheckListDefaults::autoScrollInterval();
     EXPECT_NEAR(start - scrollBar().value(), expected, 1.0);
     EXPECT_EQ(list.draggingSession()->mouseLocation().y, -30.0 + scrollBar().value());
 }
