@@ -7,6 +7,9 @@
 3. Escape then Down edits the item below the one that was edited; a letter typed there lands in it.
 4. In a list of 200 items (pasted from the clipboard), Page Down scrolls the window by a page and the
    title being edited stays edited: a letter typed afterwards lands in it.
+5. Tab goes from the edited title to the checklists' sidebar and Tab again comes back to the list, whose
+   keys work: Return adds an item below the one Tab selected, and it is typed into. A click on the empty
+   area below the rows ends that editing: letters typed afterwards land nowhere.
 Every title is read from the dump the app writes as it quits.
 
 Exits 77 (skipped) only when Xvfb, xdotool, xwd or xclip is missing.
@@ -17,7 +20,7 @@ import sys
 
 from krtodo_clipboard_session import App, put_text_on_clipboard
 from krtodo_keyboard_session import (SessionError, XSession, capture_window, decode_xwd, keys, run_main,
-                                     type_text, wait_until)
+                                     type_text, wait_until, xdotool)
 
 PARTY = "a\U0001F389b"
 FAMILY = "\U0001F469\u200D\U0001F469\u200D\U0001F467"
@@ -29,6 +32,11 @@ def scroll_bar_strip(env, window):
     width, height, rgb = decode_xwd(capture_window(env, window))
     return [rgb[(y * width + x) * 3:(y * width + x) * 3 + 3]
             for y in range(height) for x in range(width - 12, width)]
+
+
+def window_size(env, window):
+    geometry = dict(line.split("=", 1) for line in xdotool(env, "getwindowgeometry", "--shell", window).splitlines())
+    return int(geometry["WIDTH"]), int(geometry["HEIGHT"])
 
 
 def titles(items):
@@ -86,6 +94,26 @@ def run_session(app_path, out_dir):
             raise SessionError(f"expected the first of {LONG_LIST} items to read '#item 1'; got "
                                f"{len(items)} items, the first {items[0] if items else None}")
         print(f"page down: {len(items)} items, the first is {items[0][1]!r}")
+
+        # Tab round the window and back, then a click below the rows.
+        round_trip = session.launch(
+            lambda env: App(app_path, env, session.log, os.path.join(out_dir, "KRTodo-tab.txt"), "--empty"))
+        round_trip.focus()
+        keys(env, "ctrl+n")
+        type_text(env, "one")
+        keys(env, "Return")
+        type_text(env, "two")
+        # To the sidebar, and back into the list, which selects its first item.
+        keys(env, "Tab", "Tab", "Return")
+        type_text(env, "back")
+        width, height = window_size(env, round_trip.window)
+        xdotool(env, "mousemove", "--window", round_trip.window, str(width - 40), str(height - 40))
+        xdotool(env, "click", "1")
+        type_text(env, "zz")
+        items = round_trip.quit_and_read_items()
+        print("tab and click below:", titles(items))
+        if titles(items) != ["one", "back", "two"]:
+            raise SessionError(f"expected ['one', 'back', 'two'], got {titles(items)}")
 
 
 def main():
