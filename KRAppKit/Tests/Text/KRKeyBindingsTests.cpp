@@ -294,7 +294,7 @@ TEST_F(KRKeyBindingsTests, MarkdownTableListsEveryBinding) {
 
 TEST_F(KRKeyBindingsTests, ReadmeDocumentsEveryBinding) {
     const QString readme = readReadme();
-    ASSERT_FALSE(readme.isEmpty()) << "no README.md with a Keyboard section above " << KR_SOURCE_DIRECTORY;
+    ASSERT_FALSE(readme.isEmpty()) << "no README.md with a Keyboard section in " << KR_SOURCE_DIRECTORY;
     const QString keyboard = readme.mid(readme.indexOf(QStringLiteral("## Keyboard")));
     const qsizetype macHeading = keyboard.indexOf(QStringLiteral("### macOS"));
     ASSERT_GT(keyboard.indexOf(QStringLiteral("### Windows and Linux")), 0);
