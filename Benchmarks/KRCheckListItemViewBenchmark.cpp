@@ -131,5 +131,7 @@ int main(int argc, char** argv) {
     return KRRunBenchmarksWithRatios(
         argc, argv,
         {{"create + first update + layout (ms)", "BM_KRCheckListItemView_CreateUpdateLayout",
-          "BM_QListWidget_CreateLayout", "QListWidget"}});
+          "BM_QListWidget_CreateLayout", "QListWidget"},
+         {"rows at rest, built twice (ms)", "BM_KRCheckListItemView_Memory", "BM_QListWidget_Memory",
+          "QListWidget"}});
 }

@@ -2,7 +2,9 @@
 
 #include "Foundation/KRTrace.h"
 
-KRCheckListItemTitleTextField::KRCheckListItemTitleTextField(KRRect frame) : KRTextField(frame) {
+// The field's own cell is made and installed by its load.
+KRCheckListItemTitleTextField::KRCheckListItemTitleTextField(KRRect frame)
+    : KRTextField(frame, WithoutDefaultCell{}) {
     checkListItemTitleTextFieldLoad();
 }
 

@@ -583,6 +583,11 @@ void KRCheckListItemView::setHighlighted(bool highlighted) {
     }
 }
 
+void KRCheckListItemView::setItemIdentifier(const QJsonValue& itemIdentifier) {
+    checkListItemViewWillChangeItemIdentifier(this);
+    m_itemIdentifier = itemIdentifier;
+}
+
 void KRCheckListItemView::setDelegate(KRCheckListItemViewDelegate* delegate, const KRObject* lifetimeOwner) {
     m_delegate.reset(delegate, lifetimeOwner);
 }
@@ -894,6 +899,12 @@ void KRCheckListItemView::checkListItemViewDidInvalidateSizeThatFits(KRCheckList
 void KRCheckListItemView::checkListItemViewDidChangeFrame(KRCheckListItemView* itemView) {
     if (KRCheckListItemViewDelegate* delegate = m_delegate.get()) {
         delegate->checkListItemViewDidChangeFrame(itemView);
+    }
+}
+
+void KRCheckListItemView::checkListItemViewWillChangeItemIdentifier(KRCheckListItemView* itemView) {
+    if (KRCheckListItemViewDelegate* delegate = m_delegate.get()) {
+        delegate->checkListItemViewWillChangeItemIdentifier(itemView);
     }
 }
 

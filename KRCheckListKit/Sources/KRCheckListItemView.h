@@ -53,6 +53,8 @@ public:
     virtual void checkListItemViewDidInvalidateSizeThatFits(KRCheckListItemView*) {}
     // The row's frame changed, whoever set it.
     virtual void checkListItemViewDidChangeFrame(KRCheckListItemView*) {}
+    // The row is about to take another item identifier.
+    virtual void checkListItemViewWillChangeItemIdentifier(KRCheckListItemView*) {}
     // Mouse events on the drag handle; true means the delegate consumed the event.
     virtual bool checkListItemViewMouseDownHandle(KRCheckListItemView*, const KREvent&) { return false; }
     virtual bool checkListItemViewMouseDraggedHandle(KRCheckListItemView*, const KREvent&) { return false; }
@@ -152,9 +154,9 @@ public:
     void setHighlighted(bool highlighted);
 
     // The identifier of the item the row shows (given by the list). objectValue() answers it, and
-    // setObjectValue() sets it: the row keeps no separate value.
+    // setObjectValue() sets it: the row keeps no separate value. The delegate hears of a change first.
     const QJsonValue& itemIdentifier() const { return m_itemIdentifier; }
-    void setItemIdentifier(const QJsonValue& itemIdentifier) { m_itemIdentifier = itemIdentifier; }
+    void setItemIdentifier(const QJsonValue& itemIdentifier);
 
     KRCheckListItemViewDelegate* delegate() const { return m_delegate.get(); }
     // The delegate is dropped once lifetimeOwner is destroyed.
@@ -228,6 +230,7 @@ public:
     void checkListItemViewDidStopShowingEmptyPlaceholder(KRCheckListItemView* itemView);
     void checkListItemViewDidInvalidateSizeThatFits(KRCheckListItemView* itemView);
     void checkListItemViewDidChangeFrame(KRCheckListItemView* itemView);
+    void checkListItemViewWillChangeItemIdentifier(KRCheckListItemView* itemView);
     bool checkListItemViewMouseDownHandle(KRCheckListItemView* itemView, const KREvent& event);
     bool checkListItemViewMouseDraggedHandle(KRCheckListItemView* itemView, const KREvent& event);
     bool checkListItemViewMouseUpHandle(KRCheckListItemView* itemView, const KREvent& event);
@@ -247,7 +250,7 @@ public:
 
     // KRObject / KRView / KRResponder --------------------------------------------------------------------
     QJsonValue objectValue() const override { return m_itemIdentifier; }
-    void setObjectValue(const QJsonValue& value) override { m_itemIdentifier = value; }
+    void setObjectValue(const QJsonValue& value) override { setItemIdentifier(value); }
     void observeValueForKeyPath(const char* keyPath, KRObject* object, const KRKeyValueChange& change,
                                 const void* context) override;
     bool tryToPerform(const KRSelector& action, KRObject* sender) override;

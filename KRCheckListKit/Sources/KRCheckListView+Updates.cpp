@@ -8,6 +8,8 @@
 #include "KRCheckListView.h"
 #include "KRCheckListViewAssert.h"
 
+#include "KRCheckListDefaults.h"
+
 #include "Animation/KRAnimationTransaction.h"
 
 #include <algorithm>
@@ -51,37 +53,50 @@ void KRCheckListView::reloadItems() {
     const KRUInteger count = checkListViewNumberOfItems(this);
     KRCheckListItemViews itemViews;
     itemViews.reserve(count);
-    KRCheckListItemViewsByIdentifier itemViewsByIdentifier;
-    itemViewsByIdentifier.reserve(static_cast<qsizetype>(count));
     for (KRUInteger index = 0; index < count; ++index) {
-        std::shared_ptr<KRCheckListItemView> itemView =
-            checkListViewMakeItemViewForItemAtIndex(index, minHeight);
-        // A later item with an equal identifier takes the entry; both rows stay in the array.
-        itemViewsByIdentifier.insert(itemView->itemIdentifier(), itemView);
-        itemViews.push_back(std::move(itemView));
+        itemViews.push_back(checkListViewMakeItemViewForItemAtIndex(index, minHeight));
     }
-    // Each row takes its first layout before it joins the window, at the size the list's pass gives it: its
-    // views then mark nothing for display on the way, and the list marks itself whole once for all of them.
-    // Inside an animated block new rows grow in the list's pass instead, as inserted rows do.
-    if (!KRAnimationTransaction::currentGroup()) {
-        const KRSize size = bounds().size;
-        for (const std::shared_ptr<KRCheckListItemView>& itemView : itemViews) {
-            itemView->setFrameSize(itemView->sizeThatFits(size));
-            itemView->layoutIfNeeded();
-        }
+    // Each row takes its first layout and its place just before it joins the window, at the size the list's
+    // pass gives it, while its views are still in the processor's caches: its views then mark nothing for
+    // display on the way, and the list marks itself whole once for all of them. Inside an animated block new
+    // rows grow in the list's pass instead, as inserted rows do.
+    const bool settlesItemViews = !KRAnimationTransaction::currentGroup();
+    SettledItemViews settled;
+    if (settlesItemViews) {
+        constexpr double unknown = std::numeric_limits<double>::quiet_NaN();
+        settled.size = bounds().size;
+        settled.keptSizes.assign(itemViews.size(), KRSize{unknown, unknown});
+        settled.frames.resize(itemViews.size());
     }
     {
         const SubviewDisplayCoverage displayCoverage(this);
         reserveSubviews(subviews().size() + itemViews.size());
-        for (const std::shared_ptr<KRCheckListItemView>& itemView : itemViews) {
-            addSubview(itemView);
+        for (std::size_t index = 0; index < itemViews.size(); ++index) {
+            if (settlesItemViews) {
+                checkListViewSettleReloadedItemView(itemViews, index, settled);
+            }
+            addSubview(itemViews[index]);
             setNeedsLayout(true);
         }
     }
     m_checkListItemViews = std::move(itemViews);
-    m_checkListItemViewsByIdentifier = std::move(itemViewsByIdentifier);
-    checkListViewMarkAllDividersStale();
-    checkListViewForgetItemViewStates();
+    // Built from the new rows when someone asks (a later item with an equal identifier takes the entry).
+    m_checkListItemViewsByIdentifier = KRCheckListItemViewsByIdentifier();
+    m_identifierRegistryIsPending = true;
+    if (settlesItemViews) {
+        // What the passes below would find out row by row is known already.
+        m_keptItemViewSizes = std::move(settled.keptSizes);
+        m_keptItemViewSizesWidth = settled.size.width;
+        m_sizeReports.clear();
+        m_appliedItemViewFrames = std::move(settled.frames);
+        m_frameReports.clear();
+        m_placeholderReports.clear();
+        m_dividerReports.clear();
+        m_indexesWithStaleDividers = settled.staleDividers;
+    } else {
+        checkListViewMarkAllDividersStale();
+        checkListViewForgetItemViewStates();
+    }
 
     checkListViewUpdatePlaceholderForEachItemView();
     layoutIfNeeded();
@@ -96,6 +111,35 @@ void KRCheckListView::reloadItems() {
 
 // Transactions
 // ------------------------------------------------------------------------------------------------------
+
+void KRCheckListView::checkListViewSettleReloadedItemView(const KRCheckListItemViews& itemViews,
+                                                          std::size_t index, SettledItemViews& settled) {
+    const std::size_t count = itemViews.size();
+    KRCheckListItemView& itemView = *itemViews[index];
+    const KRSize itemSize = itemView.sizeThatFits(settled.size);
+    if (itemView.keepsSizeThatFits()) {
+        settled.keptSizes[index] = itemSize;
+    }
+    itemView.setFrameSize(itemSize);
+    itemView.layoutIfNeeded();
+    // Where the resting layout puts it: rows overlap by one border width.
+    itemView.setFrameOrigin(KRPoint{0.0, settled.nextY});
+    settled.nextY += itemSize.height - KRCheckListDefaults::borderWidth();
+    const KRRect frame = itemView.frame();
+    settled.frames[index] = frame;
+    // What the placeholder refresh gives every new row, the first one included (its own placeholder is
+    // empty).
+    itemView.setPlaceholder(QStringLiteral(""));
+    // A new row is neither edited, selected, dragged nor highlighted, and neither is the row below it: at
+    // rest only the first row has a top divider, and a row draws its bottom one when it has an area or is
+    // the last.
+    const bool drawsTopDivider = index == 0;
+    const bool drawsBottomDivider = index + 1 == count || KRRectIntersectsRect(frame, frame);
+    if (itemView.drawsTopDivider() != drawsTopDivider ||
+        itemView.drawsBottomDivider() != drawsBottomDivider) {
+        settled.staleDividers.addIndex(index);
+    }
+}
 
 void KRCheckListView::beginUpdates() {
     KR_CHECKLIST_VIEW_ASSERT(!m_updating, "beginUpdates",
@@ -209,6 +253,7 @@ void KRCheckListView::updateByInsertingItemsAtIndexes(const KRIndexSet& indexSet
     m_checkListItemViews = std::move(itemViews);
     checkListViewMarkDividersStaleAfterInsertingItemsAtIndexes(indexes);
     checkListViewKeepItemViewStatesOverInsertedIndexes(indexes);
+    checkListViewBuildIdentifierRegistryIfNeeded();
     for (const std::shared_ptr<KRCheckListItemView>& itemView : newItemViews) {
         m_placeholderReports.report(itemView.get());
         addSubview(itemView);
@@ -262,6 +307,7 @@ void KRCheckListView::updateByRemovingItemsAtIndexes(const KRIndexSet& indexSet)
     m_checkListItemViews = std::move(itemViews);
     checkListViewMarkDividersStaleAfterRemovingItemsAtIndexes(indexes);
     checkListViewKeepItemViewStatesOverRemovedIndexes(indexes);
+    checkListViewBuildIdentifierRegistryIfNeeded();
     for (const std::shared_ptr<KRCheckListItemView>& itemView : removedItemViews) {
         m_checkListItemViewsByIdentifier.remove(itemView->itemIdentifier());
     }

@@ -109,12 +109,14 @@ void KRCheckListView::checkListViewSetUpSelf() {
     m_indexesForSelectedItems = KRIndexSet();
     m_checkListItemViews.clear();
     m_checkListItemViewsByIdentifier.clear();
+    m_identifierRegistryIsPending = false;
     m_insertionPointRectOnScreen = KRRectNull;
 }
 
 void KRCheckListView::checkListViewTearDownSelf() {
     KRTrace::step(this, "checkListViewTearDownSelf");
     m_checkListItemViewsByIdentifier = KRCheckListItemViewsByIdentifier();
+    m_identifierRegistryIsPending = false;
     m_checkListItemViews = KRCheckListItemViews();
     m_indexesForSelectedItems = KRIndexSet();
     // Not KRNotFound: the list is going away and nothing reads the index afterwards.
@@ -223,6 +225,28 @@ bool KRCheckListView::delegateRespondsTo(KRCheckListViewDelegateMethod method) c
 
 // Registry
 // ------------------------------------------------------------------------------------------------------
+
+const KRCheckListItemViewsByIdentifier& KRCheckListView::checkListItemViewsByIdentifier() const {
+    checkListViewBuildIdentifierRegistryIfNeeded();
+    return m_checkListItemViewsByIdentifier;
+}
+
+void KRCheckListView::checkListViewBuildIdentifierRegistryIfNeeded() const {
+    if (!m_identifierRegistryIsPending) {
+        return;
+    }
+    m_identifierRegistryIsPending = false;
+    KRCheckListItemViewsByIdentifier registry;
+    registry.reserve(static_cast<qsizetype>(m_checkListItemViews.size()));
+    for (const std::shared_ptr<KRCheckListItemView>& itemView : m_checkListItemViews) {
+        registry.insert(itemView->itemIdentifier(), itemView);
+    }
+    m_checkListItemViewsByIdentifier = std::move(registry);
+}
+
+void KRCheckListView::checkListItemViewWillChangeItemIdentifier(KRCheckListItemView*) {
+    checkListViewBuildIdentifierRegistryIfNeeded();
+}
 
 KRCheckListItemView* KRCheckListView::checkListViewItemViewForItemAtIndex(KRUInteger index) const {
     return m_checkListItemViews.at(index).get();

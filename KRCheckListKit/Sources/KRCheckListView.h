@@ -93,9 +93,8 @@ public:
     const QString& placeholder() const { return m_placeholder; }
     void setPlaceholder(const QString& placeholder) { m_placeholder = placeholder; }
     const KRCheckListItemViews& checkListItemViews() const { return m_checkListItemViews; }
-    const KRCheckListItemViewsByIdentifier& checkListItemViewsByIdentifier() const {
-        return m_checkListItemViewsByIdentifier;
-    }
+    // Built from the rows when first asked for after a reload.
+    const KRCheckListItemViewsByIdentifier& checkListItemViewsByIdentifier() const;
     const std::shared_ptr<KRCheckListItemView>& dummyCheckListItemView() const {
         return m_dummyCheckListItemView;
     }
@@ -466,6 +465,8 @@ public:
     void checkListItemViewDidInvalidateSizeThatFits(KRCheckListItemView* itemView) override;
     // A frame the list did not give itself is read from the row again by the next layout pass.
     void checkListItemViewDidChangeFrame(KRCheckListItemView* itemView) override;
+    // The registry keeps the identifiers the rows had when they came: it is built before one changes.
+    void checkListItemViewWillChangeItemIdentifier(KRCheckListItemView* itemView) override;
     // The edited title's commands; after an unhandled moveUp: the caret keeps its tracked x on the next turn.
     bool checkListItemViewTextViewDoCommandBySelector(KRCheckListItemView* itemView, KRTextView* textView,
                                                       const KRSelector& selector) override;
@@ -547,6 +548,20 @@ private:
     // The selection in the editor of the edited item's title, {0, 0} when nothing is edited.
     KRRange
     checkListViewSelectedRangeOfTitleTextField(const KRCheckListItemTitleTextField* titleTextField) const;
+    // The registry after a reload: the rows in order, a later row taking the entry of an equal identifier.
+    void checkListViewBuildIdentifierRegistryIfNeeded() const;
+    // Reload: each new row is laid out, placed and given its empty placeholder just before it joins the
+    // list, and what the list keeps of it is written down, so that the passes after the reload read the
+    // list's own arrays instead of every row. Rows whose dividers a pass would change are marked.
+    struct SettledItemViews {
+        KRSize size;
+        double nextY = 0.0;
+        std::vector<KRSize> keptSizes;
+        std::vector<KRRect> frames;
+        KRMutableIndexSet staleDividers;
+    };
+    void checkListViewSettleReloadedItemView(const KRCheckListItemViews& itemViews, std::size_t index,
+                                             SettledItemViews& settled);
     // A new row showing item index as the data source reports it (identifier, status and title asked in
     // that order), configured inside one update of the row; reloadItems also gives it a minimum height.
     std::shared_ptr<KRCheckListItemView>
@@ -585,7 +600,10 @@ private:
     KRClientMethods m_delegateMethods;
     QString m_placeholder;
     KRCheckListItemViews m_checkListItemViews;
-    KRCheckListItemViewsByIdentifier m_checkListItemViewsByIdentifier;
+    // Left empty by a reload, and built from the rows on demand (m_identifierRegistryIsPending): a reload of
+    // many rows hashes no identifier unless someone asks.
+    mutable KRCheckListItemViewsByIdentifier m_checkListItemViewsByIdentifier;
+    mutable bool m_identifierRegistryIsPending = false;
     std::shared_ptr<KRCheckListItemView> m_dummyCheckListItemView;
     std::shared_ptr<KRCheckListFieldEditor> m_fieldEditor;
     std::shared_ptr<KRCheckListDropPlaceholderContentView> m_dropPlaceholderContentView;

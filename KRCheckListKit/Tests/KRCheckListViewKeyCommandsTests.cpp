@@ -32,7 +32,7 @@ std::string describeRange(KRRange range) {
     if (range.location == KRNotFound) {
         return "not edited";
     }
-    return "{" + std::to_string(range.location) + ", " + std::to_string(range.length) + "}";
+    return QStringLiteral("{%1, %2}").arg(range.location).arg(range.length).toStdString();
 }
 
 class KRCheckListViewKeyCommandsTests : public KRCheckListViewHostTestCase {

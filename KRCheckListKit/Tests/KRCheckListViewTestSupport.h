@@ -598,7 +598,7 @@ protected:
             return "not edited";
         }
         const KRRange range = editor->selectedRange();
-        return "{" + std::to_string(range.location) + ", " + std::to_string(range.length) + "}";
+        return QStringLiteral("{%1, %2}").arg(range.location).arg(range.length).toStdString();
     }
 
     // The indexes of the rows whose flag is set.

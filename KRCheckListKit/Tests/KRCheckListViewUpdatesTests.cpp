@@ -240,6 +240,74 @@ TEST_F(KRCheckListViewUpdatesTests, ReloadKeepsBothRowsOfARepeatedIdentifierAndM
     EXPECT_EQ(rowWithIdentifier(QStringLiteral("b")), rowAt(1));
 }
 
+TEST_F(KRCheckListViewUpdatesTests, RegistryKeepsTheIdentifiersOfAReloadWhenAReloadUpdateChangesOne) {
+    showItems({"a", "b"});
+    dataSource->items[1].identifier = QStringLiteral("c");
+    reloadUpdate(KRIndexSet{1});
+    EXPECT_EQ(list->identifierForItemAtIndex(1), QJsonValue(QStringLiteral("c")));
+    EXPECT_EQ(list->checkListItemViewsByIdentifier().size(), 2);
+    EXPECT_EQ(rowWithIdentifier(QStringLiteral("b")), rowAt(1)) << "the update leaves the registry alone";
+    EXPECT_FALSE(list->checkListItemViewsByIdentifier().contains(QJsonValue(QStringLiteral("c"))));
+}
+
+TEST_F(KRCheckListViewUpdatesTests, RemovingTheLaterRowOfARepeatedIdentifierAfterAReloadDropsItsEntry) {
+    showItems({"a", "b", "a"});
+    dataSource->checkListViewRemoveItemsAtIndexes(list.get(), KRIndexSet{2});
+    EXPECT_EQ(linesOf(rowIdentifiers()), linesOf(QStringList{"a", "b"}));
+    EXPECT_EQ(list->checkListItemViewsByIdentifier().size(), 1);
+    EXPECT_FALSE(list->checkListItemViewsByIdentifier().contains(QJsonValue(QStringLiteral("a"))));
+    EXPECT_EQ(rowWithIdentifier(QStringLiteral("b")), rowAt(1));
+}
+
+TEST_F(KRCheckListViewUpdatesTests, InsertingARepeatedIdentifierAfterAReloadMapsItToTheNewRow) {
+    showItems({"a", "b"});
+    dataSource->items.insert(dataSource->items.begin(),
+                             Item{QStringLiteral("b"), 0, QStringLiteral("New b")});
+    list->beginUpdates();
+    list->updateByInsertingItemAtIndex(0);
+    list->endUpdates();
+    EXPECT_EQ(list->checkListItemViewsByIdentifier().size(), 2);
+    EXPECT_EQ(rowWithIdentifier(QStringLiteral("b")), rowAt(0));
+    EXPECT_EQ(rowWithIdentifier(QStringLiteral("a")), rowAt(1));
+}
+
+TEST_F(KRCheckListViewUpdatesTests, ReloadGivesEveryRowAnEmptyPlaceholderAndTheDividersOfARowAtRestUntitledRowsIncluded) {
+    dataSource->items = itemsWithIdentifiers({"a", "b", "c"});
+    dataSource->items[1].title = QString();
+    list->setDataSource(dataSource);
+    list->reloadItems();
+    for (KRUInteger index = 0; index < list->numberOfItems(); ++index) {
+        EXPECT_EQ(rowAt(index)->placeholder(), QString()) << index;
+        EXPECT_EQ(rowAt(index)->drawsTopDivider(), index == 0) << index;
+        EXPECT_TRUE(rowAt(index)->drawsBottomDivider()) << index;
+    }
+}
+
+TEST_F(KRCheckListViewUpdatesTests, ReloadOfAListWithoutWidthLeavesOnlyTheLastRowsBottomDivider) {
+    list->setFrame(KRRectMake(0, 0, 0, 200));
+    dataSource->items = itemsWithIdentifiers({"a", "b", "c"});
+    list->setDataSource(dataSource);
+    list->reloadItems();
+    ASSERT_EQ(rowAt(0)->frame().size.width, 0.0);
+    EXPECT_TRUE(rowAt(0)->drawsTopDivider());
+    EXPECT_FALSE(rowAt(0)->drawsBottomDivider()) << "a row without an area draws no hairline below it";
+    EXPECT_FALSE(rowAt(1)->drawsBottomDivider());
+    EXPECT_TRUE(rowAt(2)->drawsBottomDivider()) << "the last row always does";
+}
+
+TEST_F(KRCheckListViewUpdatesTests, ReloadThenResizeLaysTheRowsOutAtTheNewWidth) {
+    showItems({"a", "b", "c"});
+    list->setFrame(KRRectMake(0, 0, 250, 300));
+    list->layoutIfNeeded();
+    double y = 0.0;
+    for (const std::shared_ptr<KRCheckListItemView>& row : list->checkListItemViews()) {
+        const KRSize fitting = row->sizeThatFits(list->bounds().size);
+        EXPECT_EQ(fitting.width, 250.0);
+        EXPECT_EQ(row->frame(), (KRRect{KRPoint{0.0, y}, fitting}));
+        y += fitting.height - KRCheckListDefaults::borderWidth();
+    }
+}
+
 TEST_F(KRCheckListViewUpdatesTests, ReloadKeepsTheSelectedIndexesButDrawsTheNewRowsUnselected) {
     showItems({"a", "b", "c", "d"});
     list->selectItemsAtIndexesByExtendingSelection(KRIndexSet{1, 2}, false);

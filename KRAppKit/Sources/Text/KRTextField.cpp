@@ -15,6 +15,10 @@ KRTextField::KRTextField(KRRect frame) : KRView(frame), m_cell(std::make_shared<
     m_cell->setDrawsBackground(true);
 }
 
+KRTextField::KRTextField(KRRect frame, WithoutDefaultCell) : KRView(frame) {
+    KRTextView::installTextSystem();
+}
+
 KRTextField::~KRTextField() {
     if (m_cell) {
         m_cell->endEditing(currentEditor());

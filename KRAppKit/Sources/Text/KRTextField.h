@@ -116,6 +116,11 @@ public:
     void textDidEndEditing(KRTextView* textView, const KRSelector& movement) override;
     QUndoStack* undoManagerForTextView(KRTextView* textView) override;
 
+protected:
+    // For a subclass that installs a cell of its own as it is built: no default cell is made to be replaced.
+    struct WithoutDefaultCell {};
+    KRTextField(KRRect frame, WithoutDefaultCell);
+
 private:
     std::shared_ptr<KRTextView> chooseFieldEditor();
     void resizeEditor();

@@ -234,6 +234,14 @@ std::optional<KRSize> KRTextLayout::measureSingleLine(const KRAttributedString& 
 
 std::optional<KRSize> KRTextLayout::measureWordByWord(const KRAttributedString& text, double width,
                                                       const QFont& defaultFont, double fixedLineHeight) {
+    bool brokeALine = false;
+    return measureWordByWord(text, width, defaultFont, fixedLineHeight, brokeALine);
+}
+
+std::optional<KRSize> KRTextLayout::measureWordByWord(const KRAttributedString& text, double width,
+                                                      const QFont& defaultFont, double fixedLineHeight,
+                                                      bool& brokeALine) {
+    brokeALine = false;
     if (!(width > 0.0 && width < kMaximumLineWidth) || fixedLineHeight <= 0.0 ||
         !text.hasUniformAttributes()) {
         return std::nullopt;
@@ -292,6 +300,7 @@ std::optional<KRSize> KRTextLayout::measureWordByWord(const KRAttributedString& 
                 return std::nullopt;
             }
             lineCount += lineIsEmpty ? 0 : 1;
+            brokeALine = brokeALine || !lineIsEmpty;
             lineAdvance = word.advance;
             lineIsEmpty = false;
         } else {
@@ -304,12 +313,17 @@ std::optional<KRSize> KRTextLayout::measureWordByWord(const KRAttributedString& 
 
 KRSize KRTextLayout::measure(const KRAttributedString& text, double width, const QFont& defaultFont,
                              double fixedLineHeight) {
-    if (const std::optional<KRSize> byWords = measureWordByWord(text, width, defaultFont, fixedLineHeight)) {
+    bool brokeALine = false;
+    if (const std::optional<KRSize> byWords =
+            measureWordByWord(text, width, defaultFont, fixedLineHeight, brokeALine)) {
         return *byWords;
     }
-    if (const std::optional<KRSize> singleLine =
-            measureSingleLine(text, width, defaultFont, fixedLineHeight)) {
-        return *singleLine;
+    // Text already found to need more than one line would only be shaped whole to learn that again.
+    if (!brokeALine) {
+        if (const std::optional<KRSize> singleLine =
+                measureSingleLine(text, width, defaultFont, fixedLineHeight)) {
+            return *singleLine;
+        }
     }
     const KRTextLayout layout(text, width, defaultFont, fixedLineHeight);
     return KRSize{width > 0.0 ? width : std::ceil(layout.naturalWidth()), layout.height()};

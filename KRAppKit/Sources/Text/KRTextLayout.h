@@ -66,6 +66,11 @@ public:
                                                    const QFont& defaultFont, double fixedLineHeight);
 
 private:
+    // measureWordByWord, also telling whether, when it gives up, it had already broken a line: the text
+    // then does not fit on one line, and only the full layout can answer.
+    static std::optional<KRSize> measureWordByWord(const KRAttributedString& text, double width,
+                                                   const QFont& defaultFont, double fixedLineHeight,
+                                                   bool& brokeALine);
     void layOutParagraph(const KRAttributedString& text, KRRange paragraph, double width,
                          const QFont& defaultFont, double fixedLineHeight);
 

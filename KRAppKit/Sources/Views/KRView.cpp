@@ -444,8 +444,11 @@ void KRView::windowDidChange(KRWindow* window) {
         if (m_needsLayout || m_subtreeNeedsLayout) {
             window->setNeedsUpdate();
         }
+        // The window is known: no walk up to find it.
         if (!trackingAreas().empty()) {
-            setNeedsTrackingAreaUpdate();
+            m_needsTrackingAreaUpdate = true;
+            noteSubtreeNeedsTrackingAreaUpdate();
+            window->setNeedsUpdate();
         }
     }
     viewDidMoveToWindow();
@@ -1065,12 +1068,17 @@ void KRView::updateTrackingAreasIfNeeded() {
     }
 }
 
-// By index: an update may change the tree.
+// By index: an update may change the tree. Only a subview that is updated is held while it updates; the
+// others are only read (a little ahead).
 void KRView::updateTrackingAreasOfSubviews() {
     for (std::size_t i = 0; i < m_subviews.size(); ++i) {
-        const std::shared_ptr<KRView> subview = m_subviews[i];
-        if (subview->m_needsTrackingAreaUpdate || subview->m_subtreeNeedsTrackingAreaUpdate) {
-            subview->updateTrackingAreasIfNeeded();
+        if (i + kSubviewPrefetchDistance < m_subviews.size()) {
+            __builtin_prefetch(&m_subviews[i + kSubviewPrefetchDistance]->m_needsLayout);
+        }
+        const KRView& subview = *m_subviews[i];
+        if (subview.m_needsTrackingAreaUpdate || subview.m_subtreeNeedsTrackingAreaUpdate) {
+            const std::shared_ptr<KRView> updated = m_subviews[i];
+            updated->updateTrackingAreasIfNeeded();
         }
     }
 }
