@@ -105,6 +105,8 @@ void KRTodoWindow::setUpCheckListView() {
 void KRTodoWindow::setUpHelpMenu() {
     QMenu* help = menuBar()->addMenu(QStringLiteral("&Help"));
     QAction* shortcuts = help->addAction(QStringLiteral("&Keyboard Shortcuts"));
+    // The desktop's help key (F1 on most): this window is KRTodo's help.
+    shortcuts->setShortcuts(QKeySequence::keyBindings(QKeySequence::HelpContents));
     QObject::connect(shortcuts, &QAction::triggered, this, [this] { showKeyboardShortcuts(); });
 }
 

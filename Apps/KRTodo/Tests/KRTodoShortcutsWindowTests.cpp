@@ -50,6 +50,8 @@ TEST_P(KRTodoShortcutsWindowTests, HelpOpensIt) {
     QAction* action = helpAction();
     ASSERT_NE(action, nullptr);
     EXPECT_EQ(action->text(), QStringLiteral("&Keyboard Shortcuts"));
+    EXPECT_EQ(action->shortcuts(), QKeySequence::keyBindings(QKeySequence::HelpContents));
+    EXPECT_FALSE(action->shortcuts().isEmpty()) << "the desktop's help key";
     action->trigger();
     EXPECT_TRUE(window.keyboardShortcutsWindow().isVisible());
     EXPECT_EQ(window.keyboardShortcutsWindow().windowTitle(), QStringLiteral("Keyboard Shortcuts"));
