@@ -24,7 +24,7 @@ import sqlite3
 import subprocess
 import sys
 
-from krtodo_clipboard_session import App
+from krtodo_clipboard_session import App, expect_items
 from krtodo_keyboard_session import (DEADLINE_SECONDS, SessionError, XSession, fresh_database, keys,
                                      run_main, type_text, wait_until, xdotool)
 
@@ -105,14 +105,6 @@ def window_geometry(env, window):
         name, _, value = line.partition("=")
         values[name] = int(value) if value.lstrip("-").isdigit() else value
     return values["X"], values["Y"], values["WIDTH"], values["HEIGHT"]
-
-
-def expect_items(what, items, expected):
-    print(f"{what}:")
-    for status, title in items:
-        print(f"  {status}\t{title}")
-    if items != expected:
-        raise SessionError(f"{what}: expected {expected}, got {items}")
 
 
 def run_session(app_path, out_dir):
