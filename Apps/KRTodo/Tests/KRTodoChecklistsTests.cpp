@@ -1,5 +1,7 @@
 #include "KRTodoChecklists.h"
 
+#include "KRQtTestPrinters.h"
+
 #include "KRTodoStore.h"
 
 #include "Foundation/KRRunLoop.h"
@@ -12,10 +14,6 @@
 #include <memory>
 #include <ostream>
 #include <vector>
-
-inline void PrintTo(const QString& string, std::ostream* os) {
-    *os << '"' << string.toStdString() << '"';
-}
 
 namespace {
 

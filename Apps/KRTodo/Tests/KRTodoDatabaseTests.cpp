@@ -1,5 +1,7 @@
 #include "KRTodoDatabase.h"
 
+#include "KRQtTestPrinters.h"
+
 #include "KRTodoDefaults.h"
 #include "KRTodoStore.h"
 
@@ -24,10 +26,6 @@
 #include <memory>
 #include <ostream>
 #include <vector>
-
-inline void PrintTo(const QString& string, std::ostream* os) {
-    *os << '"' << string.toStdString() << '"';
-}
 
 inline void PrintTo(const KRTodoItem& item, std::ostream* os) {
     *os << '{' << item.identifier.toStdString() << ' ' << item.status << " \"" << item.title.toStdString()

@@ -1,4 +1,6 @@
 #include "KRTodoMenus.h"
+
+#include "KRQtTestPrinters.h"
 #include "KRTodoStore.h"
 #include "KRTodoWindow.h"
 
@@ -25,10 +27,6 @@
 #include <ostream>
 #include <utility>
 #include <vector>
-
-inline void PrintTo(const QString& string, std::ostream* os) {
-    *os << '"' << string.toStdString() << '"';
-}
 
 namespace {
 

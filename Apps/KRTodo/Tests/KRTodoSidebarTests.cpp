@@ -1,5 +1,7 @@
 #include "KRTodoSidebar.h"
 
+#include "KRQtTestPrinters.h"
+
 #include "KRTodoChecklists.h"
 #include "KRTodoMenus.h"
 #include "KRTodoStore.h"
@@ -23,10 +25,6 @@
 
 #include <memory>
 #include <ostream>
-
-inline void PrintTo(const QString& string, std::ostream* os) {
-    *os << '"' << string.toStdString() << '"';
-}
 
 namespace {
 

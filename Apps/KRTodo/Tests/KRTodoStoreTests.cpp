@@ -1,5 +1,7 @@
 #include "KRTodoStore.h"
 
+#include "KRQtTestPrinters.h"
+
 #include "KRCheckListDefaults.h"
 #include "KRCheckListView.h"
 
@@ -19,14 +21,6 @@
 #include <memory>
 #include <ostream>
 #include <vector>
-
-// Readable strings in failure messages.
-inline void PrintTo(const QString& string, std::ostream* os) {
-    *os << '"' << string.toStdString() << '"';
-}
-inline void PrintTo(const QStringList& strings, std::ostream* os) {
-    *os << '[' << strings.join(QStringLiteral(", ")).toStdString() << ']';
-}
 
 namespace {
 
